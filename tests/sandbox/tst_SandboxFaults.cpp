@@ -211,20 +211,19 @@ void tst_SandboxFaults::resetsInTheMiddle()
 void tst_SandboxFaults::dripsWithoutEnd()
 {
     QVERIFY(m_fixture->sandbox.setFault(
-        {{u"at"_s, u"calendarList"_s}, {u"kind"_s, u"slowDrip"_s}, {u"interval"_s, 0.001}}));
-    const QByteArray whole = m_fixture->get(u"/calendars/primary"_s, m_token).body;
+        {{u"at"_s, u"primary"_s}, {u"kind"_s, u"slowDrip"_s}, {u"interval"_s, 0.001}}));
     QTcpSocket socket;
     socket.connectToHost(u"127.0.0.1"_s, static_cast<quint16>(m_fixture->sandbox.baseUrl().port()));
-    socket.write(rawGet(listPath));
+    socket.write(rawGet(u"/calendars/primary"_s));
     QByteArray got;
     int reads = 0;
-    while (got.size() < 4000 && socket.waitForReadyRead(5000)) {
+    while (got.size() < 1200 && socket.waitForReadyRead(5000)) {
         got += socket.readAll();
         ++reads;
     }
     QVERIFY(got.startsWith("HTTP/1.1 200"));
     QVERIFY(!got.contains("Content-Length"));
-    QVERIFY(reads > 100); // byte by byte
+    QVERIFY(reads > 20); // byte by byte
     QVERIFY(got.endsWith("    "));
     QVERIFY(QJsonDocument::fromJson(got.mid(got.indexOf("\r\n\r\n") + 4)).isObject());
     QCOMPARE(socket.state(), QAbstractSocket::ConnectedState);

@@ -29,7 +29,7 @@ h1 { margin: 0 0 8px; font-size: 24px; line-height: 1.25; letter-spacing: -.01em
 p { margin: 0 0 20px; color: #545d70; }
 fieldset { margin: 0 0 20px; padding: 0; border: 0; }
 legend { padding: 0; margin-bottom: 8px; font-size: 13px; font-weight: 600; color: #545d70; }
-label { display: flex; align-items: center; gap: 12px; padding: 12px 14px; margin-bottom: 8px; border: 1px solid #d9deE8;
+label { display: flex; align-items: center; gap: 12px; padding: 12px 14px; margin-bottom: 8px; border: 1px solid #d9dee8;
         border-radius: 12px; cursor: pointer; overflow-wrap: anywhere; }
 label:has(:checked) { border-color: #2f6b4f; background: #f1f8f4; }
 input { accent-color: #2f6b4f; width: 18px; height: 18px; margin: 0; flex: none; }
