@@ -210,8 +210,7 @@ void tst_SandboxFaults::resetsInTheMiddle()
 
 void tst_SandboxFaults::dripsWithoutEnd()
 {
-    QVERIFY(m_fixture->sandbox.setFault(
-        {{u"at"_s, u"primary"_s}, {u"kind"_s, u"slowDrip"_s}, {u"interval"_s, 0.001}}));
+    QVERIFY(m_fixture->sandbox.setFault({{u"at"_s, u"primary"_s}, {u"kind"_s, u"slowDrip"_s}, {u"interval"_s, 0.001}}));
     QTcpSocket socket;
     socket.connectToHost(u"127.0.0.1"_s, static_cast<quint16>(m_fixture->sandbox.baseUrl().port()));
     socket.write(rawGet(u"/calendars/primary"_s));
@@ -380,10 +379,18 @@ void tst_SandboxFaults::endsAtOnceWithOpenConnections()
         sockets.back()->flush();
     }
     QTRY_COMPARE(m_fixture->sandbox.requests().size(), 2);
+    QTcpSocket &dripping = *sockets[1];
+    QByteArray dripped;
+    while (!dripped.contains("\r\n\r\n{") && dripping.waitForReadyRead(5000))
+        dripped += dripping.readAll();
     QElapsedTimer timer;
     timer.start();
     QVERIFY(m_fixture->sandbox.stop());
     QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+    while (dripping.state() == QAbstractSocket::ConnectedState && dripping.waitForReadyRead(5000)) {
+    }
+    dripped += dripping.readAll();
+    QVERIFY2(dripped.endsWith("\r\n\r\n{"), dripped.constData()); // the next byte was due in a minute
 }
 
 QTEST_GUILESS_MAIN(tst_SandboxFaults)

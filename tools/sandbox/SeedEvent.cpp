@@ -17,13 +17,6 @@ constexpr double defaultDuration = 1800;
 /// As many instances of an endless event as the service expands when the query has no end.
 constexpr qint64 instancesWithoutEnd = 730;
 
-bool contains(const std::optional<Instant> &start, const std::optional<Instant> &end, const Window &window)
-{
-    if (!start || !end)
-        return true;
-    return (!window.from || *end > *window.from) && (!window.to || *start < *window.to);
-}
-
 QString rule(double every, std::optional<int> count)
 {
     struct Unit
@@ -185,7 +178,7 @@ QList<qint64> SeedEvent::instancesIn(const Window &window, qint64 limit) const
         const Span span = instance(index);
         if (window.to && span.start >= *window.to)
             break;
-        if (contains(span.start, span.end, window))
+        if (!window.from || span.end > *window.from)
             found.append(index);
     }
     return found;
