@@ -14,7 +14,10 @@ namespace {
 
 constexpr QLatin1StringView dateMember("date");
 
-QJsonObject encodeDate(Instant instant) { return {{dateMember, instant.toIso8601Milliseconds()}}; }
+QJsonObject encodeDate(Instant instant)
+{
+    return {{dateMember, instant.toIso8601Milliseconds()}};
+}
 
 std::optional<Instant> decodeDate(const QJsonValue &value)
 {
@@ -117,11 +120,20 @@ void Preferences::set(const PreferenceKey<std::int64_t> &key, std::int64_t value
     store(key.name, static_cast<qint64>(value));
 }
 
-void Preferences::set(const PreferenceKey<bool> &key, bool value) { store(key.name, value); }
+void Preferences::set(const PreferenceKey<bool> &key, bool value)
+{
+    store(key.name, value);
+}
 
-void Preferences::set(const PreferenceKey<double> &key, double value) { store(key.name, value); }
+void Preferences::set(const PreferenceKey<double> &key, double value)
+{
+    store(key.name, value);
+}
 
-void Preferences::set(const PreferenceKey<QString> &key, const QString &value) { store(key.name, value); }
+void Preferences::set(const PreferenceKey<QString> &key, const QString &value)
+{
+    store(key.name, value);
+}
 
 void Preferences::set(const PreferenceKey<Instant> &key, std::optional<Instant> value)
 {

@@ -128,7 +128,10 @@ void tst_AtomicFile::init()
     m_umask = ::umask(022);
 }
 
-void tst_AtomicFile::cleanup() { ::umask(m_umask); }
+void tst_AtomicFile::cleanup()
+{
+    ::umask(m_umask);
+}
 
 void tst_AtomicFile::aMissingFileReadsAsNothingAndCreatesNothing()
 {

@@ -121,8 +121,8 @@ void tst_Preferences::aFreshInstallationReadsTheDefaults()
     QCOMPARE(preferences.get(doubleSlash), true);
 
     QCOMPARE(preferences.get(onlyWithVideo), false);
-    for (const auto *key : {&clientID, &clientSecret, &spotifyLink, &customSoundName, &customSoundPath,
-                            &customImagePath, &googleEmail})
+    for (const auto *key :
+         {&clientID, &clientSecret, &spotifyLink, &customSoundName, &customSoundPath, &customImagePath, &googleEmail})
         QCOMPARE(preferences.get(*key), QString());
 
     QVERIFY(preferences.get(shownMeetings).isEmpty());
@@ -145,20 +145,19 @@ void tst_Preferences::aFreshInstallationStoresNothing()
 void tst_Preferences::everyKeyHasItsDocumentedName()
 {
     using namespace preference;
-    const QStringList names{
-        QLatin1StringView(leadMinutes.name),     QLatin1StringView(theme.name),
-        QLatin1StringView(sound.name),           QLatin1StringView(snoozeMinutes.name),
-        QLatin1StringView(countdownStyle.name),  QLatin1StringView(showAttendees.name),
-        QLatin1StringView(showCalendar.name),    QLatin1StringView(displays.name),
-        QLatin1StringView(customDim.name),       QLatin1StringView(soundVolume.name),
-        QLatin1StringView(pauseMusic.name),      QLatin1StringView(doubleSlash.name),
-        QLatin1StringView(onlyWithVideo.name),   QLatin1StringView(clientID.name),
-        QLatin1StringView(clientSecret.name),    QLatin1StringView(spotifyLink.name),
-        QLatin1StringView(customSoundName.name), QLatin1StringView(customSoundPath.name),
-        QLatin1StringView(customImagePath.name), QLatin1StringView(shownMeetings.name),
-        QLatin1StringView(snoozedMeetings.name), QLatin1StringView(pausedUntil.name),
-        QLatin1StringView(calendarChoices.name), QLatin1StringView(playSound.name),
-        QLatin1StringView(googleEmail.name)};
+    const QStringList names{QLatin1StringView(leadMinutes.name),     QLatin1StringView(theme.name),
+                            QLatin1StringView(sound.name),           QLatin1StringView(snoozeMinutes.name),
+                            QLatin1StringView(countdownStyle.name),  QLatin1StringView(showAttendees.name),
+                            QLatin1StringView(showCalendar.name),    QLatin1StringView(displays.name),
+                            QLatin1StringView(customDim.name),       QLatin1StringView(soundVolume.name),
+                            QLatin1StringView(pauseMusic.name),      QLatin1StringView(doubleSlash.name),
+                            QLatin1StringView(onlyWithVideo.name),   QLatin1StringView(clientID.name),
+                            QLatin1StringView(clientSecret.name),    QLatin1StringView(spotifyLink.name),
+                            QLatin1StringView(customSoundName.name), QLatin1StringView(customSoundPath.name),
+                            QLatin1StringView(customImagePath.name), QLatin1StringView(shownMeetings.name),
+                            QLatin1StringView(snoozedMeetings.name), QLatin1StringView(pausedUntil.name),
+                            QLatin1StringView(calendarChoices.name), QLatin1StringView(playSound.name),
+                            QLatin1StringView(googleEmail.name)};
     QCOMPARE(names, u"leadMinutes theme sound snoozeMinutes countdownStyle showAttendees showCalendar displays "
                     "customDim soundVolume pauseMusic doubleSlash onlyWithVideo clientID clientSecret spotifyLink "
                     "customSoundName customSoundPath customImagePath shownMeetings snoozedMeetings pausedUntil "
@@ -564,8 +563,7 @@ void tst_Preferences::anObserverMayChangeAnotherKey()
     preferences.observe(preference::theme, &context, [&] { preferences.set(preference::customImagePath, QString()); });
     preferences.set(preference::theme, u"zen"_s);
     AtomicFile again(filePath());
-    QCOMPARE(Preferences(again).values(),
-             (QJsonObject{{u"theme"_s, u"zen"_s}, {u"customImagePath"_s, QString()}}));
+    QCOMPARE(Preferences(again).values(), (QJsonObject{{u"theme"_s, u"zen"_s}, {u"customImagePath"_s, QString()}}));
 }
 
 void tst_Preferences::aDestroyedObserverIsNotCalled()
