@@ -291,7 +291,7 @@ void tst_AtomicFile::aFolderThatCannotBeMadeIsAnError()
         const auto written = file.write("[]");
         QVERIFY(operations.hasFailed());
         QVERIFY(!written);
-        QCOMPARE(written.error(), (FileError{file.path(), EROFS}));
+        QCOMPARE(written.error().code, EROFS);
         QVERIFY(!QFile::exists(file.path()));
     }
     // Somebody else made it in between.
