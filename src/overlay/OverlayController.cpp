@@ -25,11 +25,9 @@ constexpr double welcomeSeconds = 8;
 
 struct OverlayController::Showing
 {
-    OverlayContent content;
-    OverlayTheme theme;
-    OverlayOptions options;
+    OverlayScene scene;
     bool onPrimaryOnly;
-    QObject timers; ///< context of the clock's actions: none of them outlives the showing
+    QObject timers{}; ///< context of the clock's actions: none of them outlives the showing
 };
 
 OverlayController::OverlayController(Preferences &preferences, Clock &clock, UrlOpener &opener, ScreenCover &cover,
@@ -49,9 +47,9 @@ OverlayController::~OverlayController() { hide(false); }
 void OverlayController::show(const OverlayContent &content, const std::optional<OverlayTheme> &theme)
 {
     hide(false);
-    m_showing.reset(new Showing{content, theme ? *theme : OverlayTheme::forNextOverlay(m_preferences),
-                                OverlayOptions::from(m_preferences), m_preferences.get(preference::displays) == u"primary",
-                                {}});
+    m_showing.reset(new Showing{{content, theme ? *theme : OverlayTheme::forNextOverlay(m_preferences),
+                                 OverlayOptions::from(m_preferences)},
+                                m_preferences.get(preference::displays) == u"primary"});
     if (const auto *reminder = std::get_if<MeetingContent>(&content))
         m_meeting = reminder->meeting;
     m_keys.start();
@@ -94,7 +92,7 @@ void OverlayController::join()
 
 void OverlayController::joinPrevious()
 {
-    const auto *reminder = m_showing ? std::get_if<MeetingContent>(&m_showing->content) : nullptr;
+    const auto *reminder = m_showing ? std::get_if<MeetingContent>(&m_showing->scene.content) : nullptr;
     if (reminder && reminder->previous)
         reminder->previous->join(m_opener);
 }
@@ -142,7 +140,7 @@ void OverlayController::coverScreens()
 
 void OverlayController::cover(QScreen &screen)
 {
-    auto view = std::make_unique<OverlayView>(m_showing->content, m_showing->theme, m_showing->options, m_clock.now());
+    auto view = std::make_unique<OverlayView>(m_showing->scene, m_clock.now());
     view->setMotion(m_moves);
     connectView(*view);
     auto *window = new OverlayWindow(m_cover, screen, std::move(view), this);

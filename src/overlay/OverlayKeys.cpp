@@ -34,9 +34,11 @@ bool OverlayKeys::eventFilter(QObject *receiver, QEvent *event)
     if ((!isPress && event->type() != QEvent::KeyRelease) || !m_isOurs(receiver))
         return false;
     const auto &key = static_cast<const QKeyEvent &>(*event);
-    if (isPress)
-        return take(key);
-    if (!key.isAutoRepeat())
+    if (isPress && take(key)) {
+        event->accept(); // or it would go on to the receiver's parent
+        return true;
+    }
+    if (!isPress && !key.isAutoRepeat())
         m_held.remove(key.nativeScanCode());
     return false;
 }

@@ -2,8 +2,6 @@
 
 #include "overlay/CardButton.h"
 #include "overlay/CardTags.h"
-#include "overlay/MeetingCard.h"
-#include "overlay/WelcomeCard.h"
 #include "ui/Spring.h"
 
 #include <QEvent>
@@ -19,10 +17,7 @@ namespace kelp {
 
 namespace {
 
-constexpr double widestCard = 1000;
-constexpr double sideMargin = 48;
-/// Room in the card's picture for what reaches beyond its frame: a hovered button, a focus ring.
-constexpr double bleed = 24;
+constexpr double bleed = OverlayScene::bleed;
 
 constexpr Spring entranceSpring{0.7, 0.75};
 constexpr double entranceDelay = 0.05; // seconds
@@ -45,16 +40,8 @@ protected:
 
 } // namespace
 
-Element overlayCard(const OverlayContent &content, const OverlayTheme &theme, const OverlayOptions &options, Instant now,
-                    const ButtonStates &buttons)
-{
-    if (const auto *reminder = std::get_if<MeetingContent>(&content))
-        return MeetingCard{reminder->meeting, reminder->previous, theme, options}.element(now, buttons);
-    return WelcomeCard{std::get<WelcomeContent>(content), theme}.element(now, buttons);
-}
-
-OverlayView::OverlayView(OverlayContent content, OverlayTheme theme, OverlayOptions options, Instant now)
-    : m_content(std::move(content)), m_theme(std::move(theme)), m_options(options), m_now(now), m_background(m_theme)
+OverlayView::OverlayView(OverlayScene scene, Instant now)
+    : m_scene(std::move(scene)), m_now(now), m_background(m_scene.theme)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
@@ -140,18 +127,17 @@ Arrangement OverlayView::arranged() const
     ButtonStates states;
     for (auto each = m_buttons.begin(); each != m_buttons.end(); ++each)
         states.insert(each.key(), each.value()->state());
-    const double room = std::max(1.0, std::min(widestCard, width() - 2 * sideMargin));
-    return overlayCard(m_content, m_theme, m_options, m_now, states).arrange(room);
+    return m_scene.card(size(), m_now, states);
 }
 
 void OverlayView::layOut()
 {
     m_arrangement = arranged();
-    const QSizeF card = m_arrangement.size();
-    m_cardPosition = {std::floor((width() - card.width()) / 2), std::floor((height() - card.height()) / 2)};
+    m_cardPosition = OverlayScene::cardPosition(size(), m_arrangement);
     placeChildren();
     m_card = QPixmap((cardPicture().size() * devicePixelRatioF()).toSize());
     m_card.setDevicePixelRatio(devicePixelRatioF());
+    m_card.fill(Qt::transparent);
     paintCard(cardPicture().translated(-m_cardPosition));
     update();
 }

@@ -1,11 +1,8 @@
 #pragma once
 
-#include "overlay/OverlayContent.h"
-#include "overlay/ThemedButton.h"
-#include "themes/Theme.h"
+#include "overlay/OverlayScene.h"
 #include "themes/ThemeBackgroundView.h"
 #include "ui/Arrangement.h"
-#include "ui/Element.h"
 
 #include <QHash>
 #include <QPixmap>
@@ -20,10 +17,6 @@ namespace kelp {
 
 class CardButton;
 
-/// The card for `content` as an element: what the window, and every picture of it, shows in the middle of the background.
-[[nodiscard]] Element overlayCard(const OverlayContent &content, const OverlayTheme &theme, const OverlayOptions &options,
-                                  Instant now, const ButtonStates &buttons);
-
 /// What fills one screen: the theme's background and the card in the middle, kept as one picture of which only what changes
 /// is painted again. Over the card lie unpainted buttons, and unpainted labels for screen readers.
 class OverlayView final : public QWidget
@@ -31,7 +24,7 @@ class OverlayView final : public QWidget
     Q_OBJECT
 
 public:
-    OverlayView(OverlayContent content, OverlayTheme theme, OverlayOptions options, Instant now);
+    OverlayView(OverlayScene scene, Instant now);
 
     /// The time that the card shows.
     void setNow(Instant now);
@@ -64,9 +57,7 @@ private:
     [[nodiscard]] QRectF cardPicture() const;
     [[nodiscard]] QTransform entranceTransform() const;
 
-    OverlayContent m_content;
-    OverlayTheme m_theme;
-    OverlayOptions m_options;
+    OverlayScene m_scene;
     Instant m_now;
     bool m_moves = true;
 

@@ -8,7 +8,7 @@ namespace kelp {
 namespace {
 
 constexpr int labelSize = 18;
-constexpr double symbolSize = 20;
+constexpr double symbolSize = 22;
 constexpr double focusOutset = 4;
 
 Shape shape(ButtonLook look) { return look == ButtonLook::Terminal ? Shape::rounded(3) : Shape::capsule(); }
@@ -60,7 +60,7 @@ Element themedButton(const QString &label, const QString &symbolName, const Over
 Element plainButton(const QString &label, int size, const OverlayTheme &theme, const ButtonState &state)
 {
     const QColor ink = faded(theme.accent, 0.85 + 0.15 * state.hover);
-    const Element words = padded({6, 4, 6, 4}, text(label).font(designFont(theme.font, size, QFont::DemiBold)).colour(ink));
+    const Element words = padded({4, 3, 4, 3}, text(label).font(designFont(theme.font, size, QFont::DemiBold)).colour(ink));
     const Element framed = filled(Shape::rounded(6), faded(theme.accent, 0.14 * state.hover), words);
     if (!state.focused)
         return framed;

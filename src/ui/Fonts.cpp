@@ -13,17 +13,19 @@ constexpr int displaySize = 28;
 
 QStringList families(FontDesign design, int size)
 {
+    // Emoji come before the rest of the fallbacks, some of which hold black-and-white ones.
     switch (design) {
     case FontDesign::Default:
         break;
     case FontDesign::Rounded:
-        return {u"Quicksand"_s, u"Nunito"_s, u"Varela Round"_s, u"Inter"_s, u"sans-serif"_s};
+        return {u"Quicksand"_s, u"Nunito"_s, u"Varela Round"_s, u"Inter"_s, u"Noto Color Emoji"_s, u"sans-serif"_s};
     case FontDesign::Serif:
-        return {u"Source Serif 4"_s, u"Source Serif Pro"_s, u"Noto Serif"_s, u"DejaVu Serif"_s, u"serif"_s};
+        return {u"Source Serif 4"_s, u"Source Serif Pro"_s,  u"Noto Serif"_s,
+                u"DejaVu Serif"_s,   u"Noto Color Emoji"_s, u"serif"_s};
     case FontDesign::Monospaced:
-        return {u"JetBrains Mono"_s, u"DejaVu Sans Mono"_s, u"monospace"_s};
+        return {u"JetBrains Mono"_s, u"Noto Color Emoji"_s, u"DejaVu Sans Mono"_s, u"monospace"_s};
     }
-    QStringList list{u"Inter"_s, u"Cantarell"_s, u"Noto Sans"_s, u"DejaVu Sans"_s, u"sans-serif"_s};
+    QStringList list{u"Inter"_s, u"Noto Color Emoji"_s, u"Cantarell"_s, u"Noto Sans"_s, u"DejaVu Sans"_s, u"sans-serif"_s};
     if (size >= displaySize)
         list.prepend(u"Inter Display"_s);
     return list;

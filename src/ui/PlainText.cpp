@@ -7,6 +7,8 @@ namespace kelp {
 namespace {
 
 constexpr qsizetype longestText = 1000;
+constexpr char16_t lineSeparator = 0x2028;
+constexpr char16_t paragraphSeparator = 0x2029;
 constexpr char16_t firstStrongIsolate = 0x2068;
 constexpr char16_t popDirectionalIsolate = 0x2069;
 
@@ -25,12 +27,12 @@ QString flattened(const QString &text)
         const char16_t unit = each.unicode();
         if (isOverride(unit))
             continue;
-        const bool blank = each.isSpace() || each.category() == QChar::Other_Control || unit == 0x2028 || unit == 0x2029;
         if (result.size() >= longestText && !each.isLowSurrogate())
             break;
-        if (!blank)
+        const bool breaks = each.category() == QChar::Other_Control || unit == lineSeparator || unit == paragraphSeparator;
+        if (!breaks)
             result.append(each);
-        else if (!result.isEmpty() && result.back() != u' ')
+        else if (!result.endsWith(u' '))
             result.append(u' ');
     }
     return result.trimmed();
