@@ -2,20 +2,20 @@
 
 #include "platform/UrlOpener.h"
 
-#include <QStringList>
+#include <QList>
 #include <QUrl>
 
 namespace kelp::test {
 
-/// Remembers the links instead of opening them.
+/// Remembers what it was asked to open. No application is installed unless a test says so.
 class FakeUrlOpener final : public UrlOpener
 {
 public:
-    QStringList schemes; ///< those that have a handler
-    QStringList opened;  ///< as sent, percent-encoded
+    [[nodiscard]] bool hasHandler(const QUrl &url) const override { return handledSchemes.contains(url.scheme()); }
+    void open(const QUrl &url) override { opened.append(url); }
 
-    [[nodiscard]] bool hasHandler(const QUrl &url) const override { return schemes.contains(url.scheme()); }
-    void open(const QUrl &url) override { opened.append(QString::fromLatin1(url.toEncoded())); }
+    QStringList handledSchemes;
+    QList<QUrl> opened;
 };
 
 } // namespace kelp::test

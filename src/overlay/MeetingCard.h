@@ -1,0 +1,41 @@
+#pragma once
+
+#include "calendar/Meeting.h"
+#include "overlay/ThemedButton.h"
+#include "themes/Theme.h"
+#include "ui/Element.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace kelp {
+
+/// The card of a reminder. A value: everything it shows follows from its fields, the time and the buttons' states.
+struct MeetingCard
+{
+    Meeting meeting;
+    std::optional<Meeting> previous;
+    OverlayTheme theme;
+    OverlayOptions options;
+
+    /// "Starts in 4:05", "Starting now", "Started 1:30 ago".
+    [[nodiscard]] static QString countdown(Instant start, Instant now);
+    /// Seconds from `now` until `countdown` reads differently, more than 0.
+    [[nodiscard]] static double untilNextCountdown(Instant start, Instant now);
+
+    /// "10:00 – 10:30  ·  5 people  ·  Work"
+    [[nodiscard]] QString details() const;
+    [[nodiscard]] Element element(Instant now, const ButtonStates &buttons) const;
+
+private:
+    [[nodiscard]] QStringList detailItems() const;
+    [[nodiscard]] Element pill(Instant now) const;
+    [[nodiscard]] Element title() const;
+    [[nodiscard]] Element buttonRow(const ButtonStates &buttons) const;
+    [[nodiscard]] Element previousRow(const ButtonState &joinButton) const;
+    [[nodiscard]] Element hint() const;
+};
+
+} // namespace kelp

@@ -1,0 +1,106 @@
+#include "overlay/OverlayWindow.h"
+
+#include "overlay/OverlayView.h"
+
+#include <QGuiApplication>
+#include <QWindow>
+
+#include <cmath>
+#include <utility>
+
+namespace kelp {
+
+namespace {
+
+constexpr double fadeInSeconds = 0.35;
+constexpr double fadeOutSeconds = 0.2;
+
+} // namespace
+
+OverlayWindow::OverlayWindow(ScreenCover &cover, QScreen &screen, std::unique_ptr<OverlayView> view, QObject *parent)
+    : QObject(parent), m_cover(cover), m_screen(&screen), m_view(std::move(view))
+{
+    m_cover.prepare(*m_view, screen);
+    connect(&m_fade, &QVariantAnimation::valueChanged, this, [this](const QVariant &part) { setShown(part.toDouble()); });
+    connect(&screen, &QScreen::geometryChanged, this, [this] {
+        if (m_view)
+            m_cover.fit(*m_view, *m_screen);
+    });
+    // The window goes while its screen still exists: Qt would move it to another one, over the window that is there.
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this](const QScreen *removed) {
+        if (removed != m_screen || !m_view)
+            return;
+        m_fade.stop();
+        m_view.reset();
+        deleteLater();
+        Q_EMIT screenLost();
+    });
+}
+
+OverlayWindow::~OverlayWindow() = default;
+
+bool OverlayWindow::holds(const QObject *object) const
+{
+    if (!m_view)
+        return false;
+    if (object == m_view->windowHandle())
+        return true;
+    const auto *widget = qobject_cast<const QWidget *>(object);
+    return widget && widget->window() == m_view.get();
+}
+
+void OverlayWindow::show()
+{
+    m_means = m_cover.fade();
+    if (m_means == ScreenCover::Fade::Picture) {
+        m_behind = m_cover.picture(*m_screen);
+        if (m_behind.isNull())
+            m_means = ScreenCover::Fade::None;
+    }
+    if (m_means != ScreenCover::Fade::None)
+        setShown(0);
+    m_view->playEntrance();
+    m_cover.show(*m_view);
+    fade(0, 1, fadeInSeconds);
+}
+
+void OverlayWindow::leave(bool animated)
+{
+    m_fade.stop();
+    if (!m_view)
+        return;
+    m_view->disconnect();
+    m_view->setEnabled(false);
+    if (!animated || m_means == ScreenCover::Fade::None) {
+        m_view->hide();
+        deleteLater();
+        return;
+    }
+    connect(&m_fade, &QVariantAnimation::finished, this, [this] {
+        m_view->hide();
+        deleteLater();
+    });
+    fade(m_shown, 0, fadeOutSeconds);
+}
+
+void OverlayWindow::fade(double from, double to, double seconds)
+{
+    if (m_means == ScreenCover::Fade::None)
+        return;
+    m_fade.setStartValue(from);
+    m_fade.setEndValue(to);
+    m_fade.setEasingCurve(QEasingCurve::InOutSine);
+    m_fade.setDuration(static_cast<int>(std::lround(seconds * 1000)));
+    m_fade.start();
+}
+
+void OverlayWindow::setShown(double part)
+{
+    m_shown = part;
+    if (m_means == ScreenCover::Fade::WindowOpacity)
+        m_view->setWindowOpacity(part);
+    else
+        m_view->setBlend(m_behind, part);
+}
+
+} // namespace kelp

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QPixmap>
+#include <QSet>
+
+class QScreen;
+class QWidget;
+
+namespace kelp {
+
+/// Puts windows over whole screens, above everything else, and gives them the keyboard.
+class ScreenCover
+{
+public:
+    /// How a window can be made to appear and vanish gradually.
+    enum class Fade {
+        None,          ///< at once
+        WindowOpacity, ///< the desktop blends the window: QWidget::setWindowOpacity
+        Picture,       ///< the window blends itself with `picture`, taken before it was shown
+    };
+
+    virtual ~ScreenCover() = default;
+
+    /// Sets up `window`, a hidden top-level widget, so that showing it covers `screen` on every workspace.
+    virtual void prepare(QWidget &window, QScreen &screen) = 0;
+    /// Lets `window` cover the screen exactly again after that has changed.
+    virtual void fit(QWidget &window, QScreen &screen) = 0;
+    /// Shows a prepared window without giving it the keyboard.
+    virtual void show(QWidget &window) = 0;
+
+    /// Gives the keyboard to `window`, which is shown, and keeps it there until `giveBackKeyboard`.
+    virtual void takeKeyboard(QWidget &window) = 0;
+    /// Returns the keyboard to whom it belonged before.
+    virtual void giveBackKeyboard() = 0;
+    /// The native scan codes of the keys that are down now, where that can be known.
+    [[nodiscard]] virtual QSet<quint32> heldKeys() const = 0;
+
+    /// The screen that the user is working on, or null where that cannot be known.
+    [[nodiscard]] virtual QScreen *currentScreen() const = 0;
+    [[nodiscard]] virtual Fade fade() const = 0;
+    /// What the screen shows now; null where it cannot be seen.
+    [[nodiscard]] virtual QPixmap picture(QScreen &screen) const = 0;
+};
+
+} // namespace kelp

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "base/Instant.h"
+
+#include <QString>
+
+namespace kelp {
+
+// Dates and times as the user's locale writes them, in the zone of the desktop.
+
+/// "9:05 AM" or "09:05", never with seconds.
+[[nodiscard]] QString shortTime(Instant instant);
+/// The time alone on the day of `now`, otherwise with the date in short form before it: "1/2/26, 9:05 AM".
+[[nodiscard]] QString shortTimeWithDay(Instant instant, Instant now);
+/// How far away `instant` is, in the greatest whole unit: "in 12 minutes", "2 hours ago".
+[[nodiscard]] QString relativeTime(Instant instant, Instant now);
+
+} // namespace kelp

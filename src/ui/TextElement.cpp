@@ -1,0 +1,144 @@
+#include "ui/ElementNode.h"
+#include "ui/PlainText.h"
+#include "ui/TextFit.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <cmath>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace kelp {
+
+namespace {
+
+class TextNode final : public Element::Node
+{
+public:
+    TextNode(QString text, Text::Style style) : m_text(std::move(text)), m_style(std::move(style)) {}
+
+    [[nodiscard]] Arrangement arrange(double maxWidth) const override
+    {
+        return m_style.fixedDigits ? arrangeDigits() : arrangeLines(maxWidth);
+    }
+
+private:
+    [[nodiscard]] Arrangement arrangeLines(double maxWidth) const
+    {
+        const FittedText fitted = fitText(m_text, m_style.font, maxWidth, m_style.lines, m_style.shrink);
+        const QFontMetricsF metrics(fitted.font);
+        const double lineHeight = std::ceil(metrics.height());
+        Arrangement result(QSizeF(std::ceil(fitted.width), lineHeight * static_cast<double>(fitted.lines.size())));
+        paintWithin(result, fitted.font, [fitted, metrics, lineHeight, width = result.size().width()](QPainter &painter) {
+            painter.setLayoutDirection(fitted.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+            double baseline = metrics.ascent();
+            for (const QString &line : fitted.lines) {
+                painter.drawText(QPointF((width - metrics.horizontalAdvance(line)) / 2, baseline), line);
+                baseline += lineHeight;
+            }
+        });
+        return result;
+    }
+
+    [[nodiscard]] Arrangement arrangeDigits() const
+    {
+        const QFontMetricsF metrics(m_style.font);
+        double cell = 0;
+        for (char16_t digit = u'0'; digit <= u'9'; ++digit)
+            cell = std::max(cell, metrics.horizontalAdvance(QChar(digit)));
+
+        struct Run
+        {
+            QString text;
+            double x;
+        };
+        std::vector<Run> runs;
+        double x = 0;
+        const auto isDigit = [](QChar each) { return each >= u'0' && each <= u'9'; };
+        for (qsizetype start = 0; start < m_text.size();) {
+            qsizetype end = start + 1;
+            if (isDigit(m_text[start])) {
+                const QString digit = m_text.mid(start, 1);
+                runs.push_back({digit, x + (cell - metrics.horizontalAdvance(digit)) / 2});
+                x += cell;
+            } else {
+                while (end < m_text.size() && !isDigit(m_text[end]))
+                    ++end;
+                const QString between = m_text.mid(start, end - start);
+                runs.push_back({between, x});
+                x += metrics.horizontalAdvance(between);
+            }
+            start = end;
+        }
+        Arrangement result(QSizeF(std::ceil(x), std::ceil(metrics.height())));
+        paintWithin(result, m_style.font, [runs, baseline = metrics.ascent()](QPainter &painter) {
+            for (const Run &run : runs)
+                painter.drawText(QPointF(run.x, baseline), run.text);
+        });
+        return result;
+    }
+
+    void paintWithin(Arrangement &result, const QFont &font, std::function<void(QPainter &)> draw) const
+    {
+        result.addText(withoutIsolates(m_text));
+        // Accents and slanted strokes reach beyond the advance widths.
+        const double reach = font.pixelSize() / 2.0;
+        result.addPainting(result.frame().adjusted(-reach, -reach, reach, reach),
+                           [font, colour = m_style.colour, draw = std::move(draw)](QPainter &painter) {
+                               painter.setRenderHint(QPainter::TextAntialiasing);
+                               painter.setFont(font);
+                               painter.setPen(colour);
+                               draw(painter);
+                           });
+    }
+
+    QString m_text;
+    Text::Style m_style;
+};
+
+} // namespace
+
+Text::Text(const QString &text) : m_text(flattened(text)) {}
+
+Text Text::font(const QFont &font) const
+{
+    Text copy = *this;
+    copy.m_style.font = font;
+    return copy;
+}
+
+Text Text::colour(const QColor &colour) const
+{
+    Text copy = *this;
+    copy.m_style.colour = colour;
+    return copy;
+}
+
+Text Text::lines(int count) const
+{
+    Text copy = *this;
+    copy.m_style.lines = count;
+    return copy;
+}
+
+Text Text::shrink(double least) const
+{
+    Text copy = *this;
+    copy.m_style.shrink = least;
+    return copy;
+}
+
+Text Text::fixedDigits() const
+{
+    Text copy = *this;
+    copy.m_style.fixedDigits = true;
+    return copy;
+}
+
+Text::operator Element() const { return Element(std::make_shared<TextNode>(m_text, m_style)); }
+
+Text text(const QString &text) { return Text(text); }
+
+} // namespace kelp

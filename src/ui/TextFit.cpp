@@ -1,0 +1,132 @@
+#include "ui/TextFit.h"
+
+#include <QFontMetricsF>
+#include <QTextLayout>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace kelp {
+
+namespace {
+
+enum class Breaking { BetweenWords, Anywhere };
+
+QTextOption option(bool rightToLeft, Breaking breaking)
+{
+    QTextOption result;
+    result.setTextDirection(rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+    result.setWrapMode(breaking == Breaking::BetweenWords ? QTextOption::WordWrap
+                                                          : QTextOption::WrapAtWordBoundaryOrAnywhere);
+    return result;
+}
+
+/// The first `maxLines` lines; nothing where a line is wider than `width`.
+struct Broken
+{
+    QStringList lines;
+    bool complete = true; ///< the lines hold the whole text
+    qsizetype lastStart = 0;
+};
+
+std::optional<Broken> breakLines(const QString &text, const QFont &font, double width, int maxLines, bool rightToLeft,
+                                 Breaking breaking)
+{
+    QTextLayout layout(text, font);
+    layout.setTextOption(option(rightToLeft, breaking));
+    layout.setCacheEnabled(true);
+    Broken result;
+    bool fits = true;
+    qsizetype end = 0;
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        if (result.lines.size() == maxLines) {
+            result.complete = false;
+            break;
+        }
+        line.setLineWidth(width);
+        fits = fits && line.naturalTextWidth() <= width + 0.01;
+        result.lastStart = line.textStart();
+        end = line.textStart() + line.textLength();
+        result.lines.append(text.mid(line.textStart(), line.textLength()).trimmed());
+    }
+    layout.endLayout();
+    result.complete = result.complete && end >= text.size();
+    return fits ? std::optional(result) : std::nullopt;
+}
+
+bool fits(const QString &text, const QFont &font, double width, int maxLines, bool rightToLeft)
+{
+    const auto broken = breakLines(text, font, width, maxLines, rightToLeft, Breaking::BetweenWords);
+    return broken && broken->complete;
+}
+
+QFont sized(QFont font, int size)
+{
+    font.setPixelSize(size);
+    return font;
+}
+
+/// The greatest size at which the text fits unbroken.
+std::optional<int> fittingSize(const QString &text, const QFont &font, double width, int maxLines, double shrink,
+                               bool rightToLeft)
+{
+    int most = font.pixelSize();
+    int least = std::clamp(static_cast<int>(std::ceil(most * shrink)), 1, most);
+    if (fits(text, font, width, maxLines, rightToLeft))
+        return most;
+    if (!fits(text, sized(font, least), width, maxLines, rightToLeft))
+        return {};
+    while (most - least > 1) {
+        const int middle = (least + most) / 2;
+        (fits(text, sized(font, middle), width, maxLines, rightToLeft) ? least : most) = middle;
+    }
+    return least;
+}
+
+/// The narrowest width that needs no more lines: no single word is left alone on the last line.
+QStringList balancedLines(const QString &text, const QFont &font, double width, bool rightToLeft, int count)
+{
+    double tooNarrow = width / count / 2;
+    double enough = width;
+    while (enough - tooNarrow > 2) {
+        const double middle = (tooNarrow + enough) / 2;
+        (fits(text, font, middle, count, rightToLeft) ? enough : tooNarrow) = middle;
+    }
+    return breakLines(text, font, enough, count, rightToLeft, Breaking::BetweenWords)->lines;
+}
+
+QStringList cutLines(const QString &text, const QFont &font, double width, int maxLines, bool rightToLeft)
+{
+    Broken broken = breakLines(text, font, width, maxLines, rightToLeft, Breaking::Anywhere).value_or(Broken{});
+    if (broken.lines.isEmpty())
+        return {text};
+    if (!broken.complete)
+        broken.lines.last() = QFontMetricsF(font).elidedText(text.mid(broken.lastStart), Qt::ElideRight, width);
+    return broken.lines;
+}
+
+} // namespace
+
+FittedText fitText(const QString &text, const QFont &font, double width, int maxLines, double shrink)
+{
+    FittedText result;
+    result.rightToLeft = text.isRightToLeft();
+    const std::optional<int> size = fittingSize(text, font, width, maxLines, shrink, result.rightToLeft);
+    if (size) {
+        result.font = sized(font, *size);
+        const auto broken = breakLines(text, result.font, width, maxLines, result.rightToLeft, Breaking::BetweenWords);
+        const int count = static_cast<int>(broken->lines.size());
+        result.lines = count > 1 ? balancedLines(text, result.font, width, result.rightToLeft, count) : broken->lines;
+    } else {
+        result.font = sized(font, std::max(1, static_cast<int>(std::ceil(font.pixelSize() * shrink))));
+        result.lines = cutLines(text, result.font, width, maxLines, result.rightToLeft);
+    }
+    const QFontMetricsF metrics(result.font);
+    for (const QString &line : result.lines)
+        result.width = std::max(result.width, metrics.horizontalAdvance(line));
+    return result;
+}
+
+} // namespace kelp

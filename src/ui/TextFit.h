@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QFont>
+#include <QStringList>
+
+namespace kelp {
+
+/// A text broken into lines at the size at which it fits.
+struct FittedText
+{
+    QFont font;
+    QStringList lines; ///< the last one ends with an ellipsis where the text was cut
+    double width = 0;  ///< of the widest line
+    bool rightToLeft = false;
+};
+
+/// Finds the greatest size, from that of `font` down to `shrink` times it, at which `text` takes at most `maxLines` lines of
+/// `width`; only where the smallest size is still too large, words are broken and then the last line is cut. Lines are made about
+/// equally long.
+[[nodiscard]] FittedText fitText(const QString &text, const QFont &font, double width, int maxLines, double shrink);
+
+} // namespace kelp

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/ScreenCover.h"
+
+#include <QPointer>
+#include <QScreen>
+#include <QWidget>
+
+namespace kelp {
+
+/// Covers the screens of the offscreen platform and lets a test see and decide what only a real desktop would.
+class FakeScreenCover final : public ScreenCover
+{
+public:
+    void prepare(QWidget &window, QScreen &screen) override
+    {
+        window.setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+        window.setScreen(&screen);
+        window.setGeometry(screen.geometry());
+        windows.append(&window);
+    }
+    void fit(QWidget &window, QScreen &screen) override { window.setGeometry(screen.geometry()); }
+    void show(QWidget &window) override { window.show(); }
+    void takeKeyboard(QWidget &window) override
+    {
+        keyboard = &window;
+        window.activateWindow();
+    }
+    void giveBackKeyboard() override { keyboard.clear(); }
+    [[nodiscard]] QSet<quint32> heldKeys() const override { return held; }
+    [[nodiscard]] QScreen *currentScreen() const override { return current; }
+    [[nodiscard]] Fade fade() const override { return means; }
+    [[nodiscard]] QPixmap picture(QScreen &screen) const override
+    {
+        QPixmap desktop(screen.size());
+        desktop.fill(Qt::green);
+        return desktop;
+    }
+
+    /// The windows on the screens now, those that fade out included.
+    [[nodiscard]] QList<QWidget *> visible() const
+    {
+        QList<QWidget *> result;
+        for (const QPointer<QWidget> &window : windows) {
+            if (window && window->isVisible())
+                result.append(window);
+        }
+        return result;
+    }
+
+    QList<QPointer<QWidget>> windows;
+    QPointer<QWidget> keyboard;
+    QSet<quint32> held;
+    QScreen *current = nullptr;
+    Fade means = Fade::None;
+};
+
+} // namespace kelp
