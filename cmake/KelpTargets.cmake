@@ -15,7 +15,8 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 add_library(kelp-flags INTERFACE)
-target_compile_options(kelp-flags INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor)
+target_compile_options(kelp-flags INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor
+    -Wno-missing-field-initializers) # members have defaults
 if(KELP_WERROR)
     target_compile_options(kelp-flags INTERFACE -Werror)
 endif()

@@ -45,6 +45,8 @@ struct HttpError
     QString message;
 
     [[nodiscard]] QString description() const { return message; }
+    /// Whether the same request may well succeed in a few seconds.
+    [[nodiscard]] bool isTransient() const { return kind == Kind::transport || kind == Kind::timedOut; }
     friend bool operator==(const HttpError &, const HttpError &) = default;
 };
 
