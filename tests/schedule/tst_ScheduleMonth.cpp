@@ -1,4 +1,4 @@
-#include "kelp-probe/ScheduleScenario.h"
+#include "ScheduleScenario.h"
 
 #include <QDateTime>
 #include <QHash>
@@ -81,6 +81,7 @@ void Month::addDay(QDate date, int dayNumber, const QTimeZone &zone)
     const auto at = [&](int h, int m, int s = 0, int ms = 0) { return instantOf(date, QTime(h, m, s, ms), zone); };
     add(u"night watch"_s, at(2, 15), 90); // falls into the gap or the overlap when the clocks change
     add(u"early call"_s, at(2, 45, 3), 15);
+    add(u"breakfast"_s, at(8, 0), 30); // on the screen when Kelp starts anew
     add(u"late watch"_s, at(23, 59, 1), 120);
     if (date.dayOfWeek() > 5)
         return;
