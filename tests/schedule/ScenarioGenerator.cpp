@@ -207,7 +207,7 @@ double ScenarioGenerator::meetingStart()
     if (!m_meetings.empty() && chance(20))
         return m_meetings[static_cast<size_t>(below(static_cast<int>(m_meetings.size())))][u"start"_s].toDouble();
     if (chance(20))
-        return moment() - 300 + oneOf({0.0, 0.0, -1.0, -0.25, 0.25, 1.0, m_step, -m_step});
+        return moment() - 300 + oneOf({0.0, 0.0, -1.0, -0.125, 0.25, 1.0, m_step, -m_step});
     if (chance(9)) // far too late, unless it was snoozed
         return m_stretches.front().start - 400 - below(5000);
     return moment() + (chance(85) ? m_lead * 60 : 0) + oneOf({0.0, 0.0, 0.0, 0.0, 0.25, 0.75, -0.25});
