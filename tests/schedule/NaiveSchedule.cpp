@@ -1,6 +1,7 @@
 #include "schedule/NaiveSchedule.h"
 
-#include <QDateTime>
+#include "schedule/NaiveScenario.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -17,36 +18,6 @@ namespace {
 
 constexpr double lateCutoff = 300;
 constexpr double rememberedAfterEnd = 86400;
-
-struct NaiveMeeting
-{
-    QString id;
-    QString key;
-    double start = 0;
-    double end = 0;
-    bool hasLink = false;
-    QString calendar;
-};
-
-struct NaiveCalendar
-{
-    QString key;
-    QString googleID;
-    bool primary = false;
-    bool selected = false;
-};
-
-struct Note
-{
-    QString key;
-    double date = 0;
-};
-
-struct Choice
-{
-    QString key;
-    bool on = false;
-};
 
 struct Action
 {
@@ -94,75 +65,6 @@ std::vector<Note> stored(std::vector<Note> notes)
     for (Note &note : notes)
         note.date = stored(note.date);
     return notes;
-}
-
-std::optional<double> readDate(const QJsonValue &value)
-{
-    const QDateTime date = QDateTime::fromString(value["date"_L1].toString(), Qt::ISODateWithMs);
-    if (!date.isValid())
-        return {};
-    return static_cast<double>(date.toMSecsSinceEpoch()) / 1000;
-}
-
-std::vector<Note> readNotes(const QJsonValue &value)
-{
-    std::vector<Note> notes;
-    const QJsonObject object = value.toObject();
-    for (const QString &key : object.keys()) {
-        const std::optional<double> date = readDate(object.value(key));
-        if (!date)
-            return {};
-        notes.push_back({key, *date});
-    }
-    return notes;
-}
-
-std::vector<Choice> readChoices(const QJsonValue &value)
-{
-    std::vector<Choice> choices;
-    const QJsonObject object = value.toObject();
-    for (const QString &key : object.keys()) {
-        if (!object.value(key).isBool())
-            return {};
-        choices.push_back({key, object.value(key).toBool()});
-    }
-    return choices;
-}
-
-std::vector<NaiveMeeting> readMeetings(const QJsonValue &value)
-{
-    std::vector<NaiveMeeting> meetings;
-    for (const QJsonValue &item : value.toArray()) {
-        NaiveMeeting meeting;
-        meeting.id = item["id"_L1].toString();
-        meeting.start = item["start"_L1].toDouble();
-        meeting.end = item["end"_L1].toDouble();
-        meeting.hasLink = item["joinURL"_L1].isString();
-        meeting.calendar = item["calendarID"_L1].toString();
-        meeting.key = meeting.id + u"@"_s + QString::number(static_cast<qint64>(std::trunc(meeting.start)));
-        meetings.push_back(meeting);
-    }
-    return meetings;
-}
-
-std::vector<NaiveCalendar> readCalendars(const QJsonValue &value)
-{
-    std::vector<NaiveCalendar> calendars;
-    for (const QJsonValue &item : value.toArray()) {
-        NaiveCalendar calendar;
-        calendar.googleID = item["googleID"_L1].toString();
-        calendar.key = item["accountEmail"_L1].toString() + u"|"_s + calendar.googleID;
-        calendar.primary = item["isPrimary"_L1].toBool();
-        calendar.selected = item["googleSelected"_L1].toBool();
-        calendars.push_back(calendar);
-    }
-    return calendars;
-}
-
-/// A whole number: `absent` where there is none, 0 where it is of another type.
-double readInteger(const QJsonValue &value, double absent)
-{
-    return value.isUndefined() ? absent : std::trunc(value.toDouble(0));
 }
 
 class NaiveSchedule

@@ -64,6 +64,7 @@ private:
     QJsonObject action();
     QJsonObject jump(double at, double to) { return {{u"at"_s, at}, {u"do"_s, u"jump"_s}, {u"to"_s, to}}; }
     QJsonObject replacement(double at);
+    std::vector<QJsonObject> burst();
     QJsonArray actions();
 
     std::mt19937_64 m_random;
@@ -73,6 +74,7 @@ private:
     std::vector<Stretch> m_stretches;
     std::vector<QJsonObject> m_jumps; // from stretch to stretch
     QJsonObject m_preferences;
+    bool m_savedState = false; ///< an earlier run left something behind
     QJsonArray m_calendars;
     std::vector<QJsonObject> m_meetings;
 };
@@ -83,7 +85,8 @@ QJsonObject ScenarioGenerator::generate()
     choosePreferences();
     m_calendars = calendars();
     const QJsonArray first = meetings(below(11));
-    if (chance(25))
+    m_savedState = chance(25);
+    if (m_savedState)
         chooseSavedState();
     if (chance(4))
         spoilAPreference();
@@ -162,10 +165,10 @@ void ScenarioGenerator::chooseSavedState()
         const QString key = meeting[u"id"_s].toString() + u'@' + QString::number(whole);
         if (chance(30))
             shown[key] = dateValue(chance(40) ? meeting[u"end"_s].toDouble()
-                                              : from - day + oneOf({-1.0, -0.001, 0.0, 0.001, 1.0, m_step}));
+                                              : from - day + oneOf({-20.0, -1.0, -0.001, 0.0, 0.001, 1.0, m_step}));
         if (chance(30))
-            snoozed[key] =
-                dateValue(from + oneOf({-2 * day, -day - 0.001, -day, -day + 0.001, -10.0, 0.0, 50.0, 400.0}));
+            snoozed[key] = dateValue(from + oneOf({-2 * day, -day - 50, -day - 20, -day - 4, -day - 0.001, -day,
+                                                   -day + 0.001, -10.0, 0.0, 50.0, 400.0}));
     }
     if (chance(70))
         m_preferences[u"shownMeetings"_s] = shown;
@@ -204,7 +207,9 @@ double ScenarioGenerator::meetingStart()
     if (!m_meetings.empty() && chance(20))
         return m_meetings[static_cast<size_t>(below(static_cast<int>(m_meetings.size())))][u"start"_s].toDouble();
     if (chance(20))
-        return moment() - 300 + oneOf({0.0, 0.0, -1.0, -0.25, 0.25, 1.0, m_step, -m_step});
+        return moment() - 300 + oneOf({0.0, 0.0, -1.0, -0.125, 0.25, 1.0, m_step, -m_step});
+    if (chance(9)) // far too late, unless it was snoozed
+        return m_stretches.front().start - 400 - below(5000);
     return moment() + (chance(85) ? m_lead * 60 : 0) + oneOf({0.0, 0.0, 0.0, 0.0, 0.25, 0.75, -0.25});
 }
 
@@ -332,6 +337,25 @@ QJsonObject ScenarioGenerator::action()
     return replacement(at);
 }
 
+/// Several actions between the same two ticks, where what one of them only writes down shows after the next. After a
+/// jump back nothing happens until the clock has caught up, except what was due already: so they all are.
+std::vector<QJsonObject> ScenarioGenerator::burst()
+{
+    const auto index = static_cast<size_t>(below(static_cast<int>(m_stretches.size())));
+    const double now = m_stretches[index].start;
+    const double at = index == 0 ? now - 500 : m_jumps[index - 1][u"at"_s].toDouble();
+    std::vector<QJsonObject> list;
+    if (chance(40))
+        list.push_back({{u"at"_s, at}, {u"do"_s, u"pause"_s}, {u"until"_s, now + oneOf({0.0, 0.0, 60.0, -1.0})}});
+    if (chance(50))
+        list.push_back(replacement(at));
+    if (chance(80))
+        list.push_back(jump(at, now - oneOf({1.0, 5.0, 30.0, 100.0})));
+    if (chance(60))
+        list.push_back({{u"at"_s, at}, {u"do"_s, u"restart"_s}});
+    return list;
+}
+
 QJsonArray ScenarioGenerator::actions()
 {
     std::vector<QJsonObject> list = m_jumps;
@@ -341,6 +365,7 @@ QJsonArray ScenarioGenerator::actions()
     }
     for (int i = below(26); i > 0; --i)
         list.push_back(action());
+    const std::vector<QJsonObject> together = chance(m_savedState ? 60 : 15) ? burst() : std::vector<QJsonObject>();
     if (chance(75)) {
         std::stable_sort(list.begin(), list.end(), [](const QJsonObject &a, const QJsonObject &b) {
             return a[u"at"_s].toDouble() < b[u"at"_s].toDouble();
@@ -350,6 +375,7 @@ QJsonArray ScenarioGenerator::actions()
     } else {
         std::shuffle(list.begin(), list.end(), m_random);
     }
+    list.insert(list.end(), together.begin(), together.end());
     QJsonArray array;
     for (const QJsonObject &each : list)
         array.append(each);

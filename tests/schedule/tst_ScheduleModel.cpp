@@ -1,4 +1,4 @@
-#include "kelp-probe/ScheduleScenario.h"
+#include "ScheduleScenario.h"
 
 #include "schedule/NaiveSchedule.h"
 #include "schedule/ScenarioGenerator.h"

@@ -1,4 +1,4 @@
-#include "kelp-probe/ScheduleScenario.h"
+#include "ScheduleScenario.h"
 
 #include <QDateTime>
 #include <QHash>
@@ -8,6 +8,7 @@
 #include <QTimeZone>
 
 #include <algorithm>
+#include <cmath>
 #include <ctime>
 #include <vector>
 
@@ -80,6 +81,7 @@ void Month::addDay(QDate date, int dayNumber, const QTimeZone &zone)
     const auto at = [&](int h, int m, int s = 0, int ms = 0) { return instantOf(date, QTime(h, m, s, ms), zone); };
     add(u"night watch"_s, at(2, 15), 90); // falls into the gap or the overlap when the clocks change
     add(u"early call"_s, at(2, 45, 3), 15);
+    add(u"breakfast"_s, at(8, 0), 30); // on the screen when Kelp starts anew
     add(u"late watch"_s, at(23, 59, 1), 120);
     if (date.dayOfWeek() > 5)
         return;
@@ -107,7 +109,6 @@ void Month::add(const QString &name, double start, double minutes)
                                      [&](const MonthMeeting &other) { return std::abs(other.start - start) < apart; });
     if (crowded || start - lead < m_from || start > m_to)
         return;
-    // A meeting that is over before a tick sees it cannot be shown; with a lead there always is one.
     m_meetings.push_back(
         {u"%1|%2"_s.arg(name).arg(start, 0, 'f', 3), start, start + minutes * 60, m_meetings.size() % 2 == 0});
 }
@@ -196,10 +197,15 @@ void tst_ScheduleMonth::remindsOfEveryMeetingOnceAndInTime_data()
 {
     QTest::addColumn<QByteArray>("zone");
     QTest::addColumn<QDate>("firstDay");
-    QTest::newRow("Berlin, clocks forward") << QByteArray("Europe/Berlin") << QDate(2026, 3, 16);
-    QTest::newRow("New York, clocks back") << QByteArray("America/New_York") << QDate(2026, 10, 20);
-    QTest::newRow("Lord Howe, half an hour forward") << QByteArray("Australia/Lord_Howe") << QDate(2026, 9, 21);
-    QTest::newRow("Lord Howe, half an hour back") << QByteArray("Australia/Lord_Howe") << QDate(2026, 3, 23);
+    const auto row = [](const char *name, const char *zone, QDate firstDay) {
+        QTest::newRow(name) << QByteArray(zone) << firstDay;
+    };
+    row("Berlin, forward", "Europe/Berlin", QDate(2026, 3, 16));
+    row("Berlin, back", "Europe/Berlin", QDate(2026, 10, 12));
+    row("New York, forward", "America/New_York", QDate(2026, 2, 24));
+    row("New York, back", "America/New_York", QDate(2026, 10, 20));
+    row("Lord Howe, half an hour forward", "Australia/Lord_Howe", QDate(2026, 9, 21));
+    row("Lord Howe, half an hour back", "Australia/Lord_Howe", QDate(2026, 3, 23));
 }
 
 void tst_ScheduleMonth::remindsOfEveryMeetingOnceAndInTime()
