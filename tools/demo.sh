@@ -176,8 +176,8 @@ start_display() {
     read -r -t 20 number <>"$work/display" || fail "Xvfb did not start"
     export DISPLAY=:$number
     unset WAYLAND_DISPLAY XAUTHORITY
-    xrandr --setmonitor left 1280/340x720/190+0+0 screen
-    xrandr --setmonitor right 1280/340x720/190+1280+0 none
+    xrandr --setmonitor left 1280/340x720/190+0+0 screen >>"$work/xrandr.log" 2>&1
+    xrandr --setmonitor right 1280/340x720/190+1280+0 none >>"$work/xrandr.log" 2>&1
     xsetroot -solid '#3b5566'
     start openbox openbox
 }
