@@ -55,12 +55,13 @@ finish() {
 trap finish EXIT
 trap 'exit 130' INT TERM
 
-# start NAME COMMAND...: runs it in the background, its output in $work/NAME.log.
+# start NAME COMMAND...: runs it in the background, its output in $work/NAME.log. What is waited for next depends on it.
 start() {
     local name=$1
     shift
     "$@" >"$work/$name.log" 2>&1 &
     started+=($!)
+    latest=$name
 }
 
 # wait_for SECONDS WHAT COMMAND...: until the command succeeds.
@@ -68,7 +69,7 @@ wait_for() {
     local deadline=$((SECONDS + $1)) what=$2
     shift 2
     until "$@"; do
-        [ -z "${kelp:-}" ] || kill -0 "$kelp" 2>/dev/null || fail "Kelp ended while waiting for $what"
+        kill -0 "${started[-1]}" 2>/dev/null || fail "$latest ended while waiting for $what"
         [ "$SECONDS" -lt "$deadline" ] || fail "waited in vain for $what"
         sleep 0.1
     done
@@ -96,7 +97,7 @@ make_surroundings() {
     wait_for 10 "the session bus" test -S "$XDG_RUNTIME_DIR/bus"
 }
 
-has_address() { [ -s "$work/sandbox.log" ]; }
+has_address() { [[ $(head -n 1 "$work/sandbox.log") == http://127.0.0.1:* ]]; }
 
 start_sandbox() {
     start sandbox "$binaries/kelp-sandbox"
