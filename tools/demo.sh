@@ -176,7 +176,7 @@ start_display() {
     start xvfb Xvfb -displayfd 3 -noreset -nolisten tcp -screen 0 2560x720x24 3<>"$work/display"
     read -r -t 20 number <>"$work/display" || fail "Xvfb did not start"
     export DISPLAY=:$number
-    unset WAYLAND_DISPLAY XAUTHORITY
+    unset WAYLAND_DISPLAY XAUTHORITY QT_QPA_PLATFORM
     xrandr --setmonitor left 1280/340x720/190+0+0 screen >>"$work/xrandr.log" 2>&1
     xrandr --setmonitor right 1280/340x720/190+1280+0 none >>"$work/xrandr.log" 2>&1
     xsetroot -solid '#3b5566'
