@@ -46,6 +46,8 @@ started=()
 
 finish() {
     local index
+    # A second Ctrl-C must not cut this short.
+    trap '' INT TERM
     for ((index = ${#started[@]} - 1; index >= 0; --index)); do
         kill "${started[index]}" 2>/dev/null || true
         wait "${started[index]}" 2>/dev/null || true
@@ -97,7 +99,7 @@ make_surroundings() {
     wait_for 10 "the session bus" test -S "$XDG_RUNTIME_DIR/bus"
 }
 
-has_address() { [[ $(head -n 1 "$work/sandbox.log") == http://127.0.0.1:* ]]; }
+has_address() { [[ $(head -n 1 "$work/sandbox.log" 2>/dev/null) == http://127.0.0.1:* ]]; }
 
 start_sandbox() {
     start sandbox "$binaries/kelp-sandbox"
