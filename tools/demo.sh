@@ -46,6 +46,8 @@ started=()
 
 finish() {
     local index
+    # A second Ctrl-C must not cut this short.
+    trap '' INT TERM
     for ((index = ${#started[@]} - 1; index >= 0; --index)); do
         kill "${started[index]}" 2>/dev/null || true
         wait "${started[index]}" 2>/dev/null || true
@@ -55,12 +57,13 @@ finish() {
 trap finish EXIT
 trap 'exit 130' INT TERM
 
-# start NAME COMMAND...: runs it in the background, its output in $work/NAME.log.
+# start NAME COMMAND...: runs it in the background, its output in $work/NAME.log. What is waited for next depends on it.
 start() {
     local name=$1
     shift
     "$@" >"$work/$name.log" 2>&1 &
     started+=($!)
+    latest=$name
 }
 
 # wait_for SECONDS WHAT COMMAND...: until the command succeeds.
@@ -68,7 +71,7 @@ wait_for() {
     local deadline=$((SECONDS + $1)) what=$2
     shift 2
     until "$@"; do
-        [ -z "${kelp:-}" ] || kill -0 "$kelp" 2>/dev/null || fail "Kelp ended while waiting for $what"
+        kill -0 "${started[-1]}" 2>/dev/null || fail "$latest ended while waiting for $what"
         [ "$SECONDS" -lt "$deadline" ] || fail "waited in vain for $what"
         sleep 0.1
     done
@@ -96,7 +99,7 @@ make_surroundings() {
     wait_for 10 "the session bus" test -S "$XDG_RUNTIME_DIR/bus"
 }
 
-has_address() { [ -s "$work/sandbox.log" ]; }
+has_address() { [[ $(head -n 1 "$work/sandbox.log" 2>/dev/null) == http://127.0.0.1:* ]]; }
 
 start_sandbox() {
     start sandbox "$binaries/kelp-sandbox"
@@ -175,9 +178,9 @@ start_display() {
     start xvfb Xvfb -displayfd 3 -noreset -nolisten tcp -screen 0 2560x720x24 3<>"$work/display"
     read -r -t 20 number <>"$work/display" || fail "Xvfb did not start"
     export DISPLAY=:$number
-    unset WAYLAND_DISPLAY XAUTHORITY
-    xrandr --setmonitor left 1280/340x720/190+0+0 screen
-    xrandr --setmonitor right 1280/340x720/190+1280+0 none
+    unset WAYLAND_DISPLAY XAUTHORITY QT_QPA_PLATFORM
+    xrandr --setmonitor left 1280/340x720/190+0+0 screen >>"$work/xrandr.log" 2>&1
+    xrandr --setmonitor right 1280/340x720/190+1280+0 none >>"$work/xrandr.log" 2>&1
     xsetroot -solid '#3b5566'
     start openbox openbox
 }
