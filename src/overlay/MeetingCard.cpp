@@ -44,8 +44,7 @@ double MeetingCard::untilNextCountdown(Instant start, Instant now)
     // The text turns half a second after every whole one; just past it the rounding is on the new side for certain.
     constexpr double past = 0.005;
     const double remaining = start - now;
-    const double wait = remaining - (std::floor(remaining + 0.5) - 0.5);
-    return (wait > 0 ? wait : 1) + past;
+    return remaining - (std::round(remaining) - 0.5) + past;
 }
 
 QStringList MeetingCard::detailItems() const

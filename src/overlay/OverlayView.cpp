@@ -48,6 +48,7 @@ OverlayView::OverlayView(OverlayScene scene, Instant now)
     setWindowTitle(QStringLiteral("Kelp"));
     setAccessibleName(QStringLiteral("Meeting reminder"));
     createChildren();
+    setFocus(); // not the first button: nothing is chosen until the user presses Tab
     connect(&m_entranceMotion, &QVariantAnimation::valueChanged, this, [this](const QVariant &seconds) {
         const QRectF before = entranceTransform().mapRect(cardPicture());
         m_entrance = entranceSpring.position(seconds.toDouble() - entranceDelay);

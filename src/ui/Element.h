@@ -52,7 +52,7 @@ public:
     [[nodiscard]] Text lines(int count) const;
     /// Before it is cut, the text shrinks down to this part of its size (0…1).
     [[nodiscard]] Text shrink(double least) const;
-    /// Every digit is as wide as the widest one, so that a running figure stands still. One line, never cut.
+    /// Every digit takes the same room, so that a running figure stands still. One line, never cut.
     [[nodiscard]] Text fixedDigits() const;
 
     operator Element() const; // NOLINT: a text is an element wherever one is wanted

@@ -45,9 +45,9 @@ private:
     [[nodiscard]] Arrangement arrangeDigits() const
     {
         const QFontMetricsF metrics(m_style.font);
-        double cell = 0;
-        for (char16_t digit = u'0'; digit <= u'9'; ++digit)
-            cell = std::max(cell, metrics.horizontalAdvance(QChar(digit)));
+        // The mean looks evenly spaced where the widest digit's room would leave gaps beside a 1 or a 7; the widest
+        // gives up no more than the white at its sides.
+        const double cell = metrics.horizontalAdvance(u"0123456789"_s) / 10;
 
         struct Run
         {
