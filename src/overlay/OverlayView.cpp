@@ -60,6 +60,13 @@ OverlayView::OverlayView(OverlayScene scene, Instant now)
     });
 }
 
+OverlayView::~OverlayView()
+{
+    // A button that loses the focus while the window goes would ask for a card that is gone already.
+    for (CardButton *button : std::as_const(m_buttons))
+        button->disconnect(this);
+}
+
 void OverlayView::setNow(Instant now)
 {
     m_now = now;

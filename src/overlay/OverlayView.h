@@ -25,6 +25,7 @@ class OverlayView final : public QWidget
 
 public:
     OverlayView(OverlayScene scene, Instant now);
+    ~OverlayView() override;
 
     /// The time that the card shows.
     void setNow(Instant now);

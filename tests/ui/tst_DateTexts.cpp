@@ -1,8 +1,11 @@
 #include "ui/DateTexts.h"
 
-#include <QLocale>
+#include <QCoreApplication>
+#include <QProcess>
 #include <QTest>
-#include <QTimeZone>
+
+#include <cstdio>
+#include <ctime>
 
 using namespace kelp;
 using namespace Qt::StringLiterals;
@@ -25,19 +28,29 @@ namespace {
 
 const Instant morning{1767258300}; // 2026-01-01 09:05 UTC
 
-/// The system locale is read again from the environment.
-void useLocale(const char *name)
+/// What this program, started under another locale, prints for a time now and the same time tomorrow.
+QStringList printedUnder(const QByteArray &locale, Instant instant)
 {
-    qputenv("LC_ALL", name);
-    QEvent change(QEvent::LocaleChange);
-    QCoreApplication::sendEvent(qApp, &change);
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"LC_ALL"_s, QString::fromLatin1(locale));
+    process.setProcessEnvironment(environment);
+    process.setProcessChannelMode(QProcess::SeparateChannels);
+    process.start(QCoreApplication::applicationFilePath(), {u"--print"_s, QString::number(instant.wholeSeconds())});
+    process.waitForFinished();
+    return QString::fromUtf8(process.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+}
+
+int print(Instant instant)
+{
+    std::printf("%s\n%s\n", qUtf8Printable(shortTime(instant)), qUtf8Printable(shortTimeWithDay(instant + 86400, instant)));
+    return 0;
 }
 
 } // namespace
 
 void tst_DateTexts::cleanup()
 {
-    useLocale("C.UTF-8");
     qputenv("TZ", "UTC");
     tzset();
 }
@@ -60,9 +73,8 @@ void tst_DateTexts::timesFollowTheLocale()
     QFETCH(QByteArray, locale);
     QFETCH(QString, time);
     QFETCH(QString, afternoon);
-    useLocale(locale.constData());
-    QCOMPARE(shortTime(morning), time);
-    QCOMPARE(shortTime(morning + 12 * 3600 + 59), afternoon);
+    QCOMPARE(printedUnder(locale, morning).value(0), time);
+    QCOMPARE(printedUnder(locale, morning + 12 * 3600 + 59).value(0), afternoon);
 }
 
 void tst_DateTexts::timesFollowTheZone()
@@ -77,10 +89,8 @@ void tst_DateTexts::theDayIsNamedOnlyOnAnotherDay()
     QCOMPARE(shortTimeWithDay(morning, morning - 3600), u"09:05"_s);
     QCOMPARE(shortTimeWithDay(morning + 86400, morning), u"1/2/26, 09:05"_s);
     QCOMPARE(shortTimeWithDay(Instant{1767225600}, Instant{1767225599}), u"1/1/26, 00:00"_s); // a second before midnight
-    useLocale("en_US.UTF-8");
-    QCOMPARE(shortTimeWithDay(morning + 86400, morning), u"1/2/26, 9:05 AM"_s);
-    useLocale("de_DE.UTF-8");
-    QCOMPARE(shortTimeWithDay(morning + 86400, morning), u"02.01.26, 09:05"_s);
+    QCOMPARE(printedUnder("en_US.UTF-8", morning).value(1), u"1/2/26, 9:05 AM"_s);
+    QCOMPARE(printedUnder("de_DE.UTF-8", morning).value(1), u"02.01.26, 09:05"_s);
 }
 
 void tst_DateTexts::distancesUseTheGreatestWholeUnit_data()
@@ -111,5 +121,14 @@ void tst_DateTexts::distancesUseTheGreatestWholeUnit()
     QCOMPARE(relativeTime(morning + seconds, morning), text);
 }
 
-QTEST_MAIN(tst_DateTexts)
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == u"--print")
+        return print(Instant{arguments.value(2).toDouble()});
+    tst_DateTexts test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_DateTexts.moc"
