@@ -69,8 +69,7 @@ Element MeetingCard::element(Instant now, const ButtonStates &buttons) const
     QStringList items = detailItems();
     if (options.showCalendar)
         items.append(isolated(meeting.calendarName));
-    heading.push_back(
-        text(items.join(separator)).font(designFont(theme.font, 20)).colour(faded(theme.text, 0.6)));
+    heading.push_back(text(items.join(separator)).font(designFont(theme.font, 20)).colour(faded(theme.text, 0.6)));
 
     std::vector<Element> parts{vertical(14, heading), padded({0, 18, 0, 0}, buttonRow(buttons))};
     if (previous)
@@ -90,7 +89,11 @@ Element MeetingCard::pill(Instant now) const
 
 Element MeetingCard::title() const
 {
-    return text(meeting.title).font(designFont(theme.font, 60, theme.titleWeight)).colour(theme.text).lines(3).shrink(0.5);
+    return text(meeting.title)
+        .font(designFont(theme.font, 60, theme.titleWeight))
+        .colour(theme.text)
+        .lines(3)
+        .shrink(0.5);
 }
 
 Element MeetingCard::buttonRow(const ButtonStates &buttons) const
@@ -112,7 +115,8 @@ Element MeetingCard::previousRow(const ButtonState &joinButton) const
     const Text words = text(u"Still on: "_s + isolated(previous->title) + u" ·"_s)
                            .font(designFont(theme.font, size))
                            .colour(faded(theme.text, 0.55));
-    return atMost(700, horizontal(6, {words, tagged(tag::joinPrevious, plainButton(u"Join"_s, size, theme, joinButton))}));
+    return atMost(700,
+                  horizontal(6, {words, tagged(tag::joinPrevious, plainButton(u"Join"_s, size, theme, joinButton))}));
 }
 
 Element MeetingCard::hint() const

@@ -121,7 +121,10 @@ void OverlayView::paintEvent(QPaintEvent *)
     painter.drawPixmap(cardPicture().topLeft(), m_card);
 }
 
-void OverlayView::resizeEvent(QResizeEvent *) { layOut(); }
+void OverlayView::resizeEvent(QResizeEvent *)
+{
+    layOut();
+}
 
 bool OverlayView::event(QEvent *event)
 {
@@ -228,8 +231,8 @@ QTransform OverlayView::entranceTransform() const
 {
     const double scale = entranceScale + (1 - entranceScale) * m_entrance;
     const QPointF centre = cardPicture().center();
-    return QTransform::fromTranslate(-centre.x(), -centre.y()) * QTransform::fromScale(scale, scale)
-           * QTransform::fromTranslate(centre.x(), centre.y());
+    return QTransform::fromTranslate(-centre.x(), -centre.y()) * QTransform::fromScale(scale, scale) *
+           QTransform::fromTranslate(centre.x(), centre.y());
 }
 
 } // namespace kelp

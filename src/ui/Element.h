@@ -17,7 +17,8 @@ namespace kelp {
 ///     vertical(12, {text(u"Review"_s).font(titleFont).colour(Qt::white).lines(3).shrink(0.5),
 ///                   tagged(u"join"_s, filled(Shape::capsule(), Qt::white, padded({28, 14, 28, 14}, label)))})
 ///
-/// `arrange` lays it out; the result paints itself and knows the frames of the tagged elements. Lengths are logical points.
+/// `arrange` lays it out; the result paints itself and knows the frames of the tagged elements. Lengths are logical
+/// points.
 class Element
 {
 public:

@@ -31,14 +31,15 @@ private:
         const QFontMetricsF metrics(fitted.font);
         const double lineHeight = std::ceil(metrics.height());
         Arrangement result(QSizeF(std::ceil(fitted.width), lineHeight * static_cast<double>(fitted.lines.size())));
-        paintWithin(result, fitted.font, [fitted, metrics, lineHeight, width = result.size().width()](QPainter &painter) {
-            painter.setLayoutDirection(fitted.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
-            double baseline = metrics.ascent();
-            for (const QString &line : fitted.lines) {
-                painter.drawText(QPointF((width - metrics.horizontalAdvance(line)) / 2, baseline), line);
-                baseline += lineHeight;
-            }
-        });
+        paintWithin(result, fitted.font,
+                    [fitted, metrics, lineHeight, width = result.size().width()](QPainter &painter) {
+                        painter.setLayoutDirection(fitted.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+                        double baseline = metrics.ascent();
+                        for (const QString &line : fitted.lines) {
+                            painter.drawText(QPointF((width - metrics.horizontalAdvance(line)) / 2, baseline), line);
+                            baseline += lineHeight;
+                        }
+                    });
         return result;
     }
 
@@ -137,8 +138,14 @@ Text Text::fixedDigits() const
     return copy;
 }
 
-Text::operator Element() const { return Element(std::make_shared<TextNode>(m_text, m_style)); }
+Text::operator Element() const
+{
+    return Element(std::make_shared<TextNode>(m_text, m_style));
+}
 
-Text text(const QString &text) { return Text(text); }
+Text text(const QString &text)
+{
+    return Text(text);
+}
 
 } // namespace kelp

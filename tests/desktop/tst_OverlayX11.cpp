@@ -123,9 +123,11 @@ void tst_OverlayX11::initTestCase()
     QCOMPARE(QGuiApplication::platformName(), u"xcb"_s);
     QCOMPARE(QGuiApplication::screens().size(), 2);
     // A bright full-screen window that has the keyboard.
-    QVERIFY(server->launch(terminal, u"xterm"_s, {u"-fullscreen"_s, u"-bg"_s, u"#00ff00"_s, u"-fg"_s, u"#00ff00"_s, u"-T"_s, u"work"_s,
-                                                  u"-e"_s, u"sleep"_s, u"1000"_s}));
-    terminalWindow = server->run(u"xdotool"_s, {u"search"_s, u"--sync"_s, u"--onlyvisible"_s, u"--name"_s, u"^work$"_s}).trimmed();
+    QVERIFY(server->launch(terminal, u"xterm"_s,
+                           {u"-fullscreen"_s, u"-bg"_s, u"#00ff00"_s, u"-fg"_s, u"#00ff00"_s, u"-T"_s, u"work"_s,
+                            u"-e"_s, u"sleep"_s, u"1000"_s}));
+    terminalWindow =
+        server->run(u"xdotool"_s, {u"search"_s, u"--sync"_s, u"--onlyvisible"_s, u"--name"_s, u"^work$"_s}).trimmed();
     QVERIFY(!terminalWindow.isEmpty());
     server->run(u"xdotool"_s, {u"windowactivate"_s, u"--sync"_s, terminalWindow});
     QTRY_VERIFY(server->pixel(640, 360).green() > 200);
@@ -209,8 +211,9 @@ void tst_OverlayX11::aClickSnoozes()
     QSignalSpy snoozed(controller.get(), &OverlayController::snoozed);
     // On the monitor that does not have the keyboard.
     const auto buttons = views().at(1)->findChildren<QAbstractButton *>();
-    const auto snooze = std::find_if(buttons.begin(), buttons.end(),
-                                     [](const QAbstractButton *each) { return each->accessibleName().startsWith("Snooze"_L1); });
+    const auto snooze = std::find_if(buttons.begin(), buttons.end(), [](const QAbstractButton *each) {
+        return each->accessibleName().startsWith("Snooze"_L1);
+    });
     const QPoint at = (*snooze)->mapToGlobal((*snooze)->rect().center());
     server->run(u"xdotool"_s, {u"mousemove"_s, QString::number(at.x()), QString::number(at.y()), u"click"_s, u"1"_s});
     QTRY_COMPARE(snoozed.size(), 1);
@@ -274,7 +277,8 @@ void tst_OverlayX11::staysOnEveryWorkspace()
     QTRY_VERIFY(isDark(2, 2));
     QTRY_VERIFY(isDark(2557, 717));
     // The window manager gives the keyboard to another window; it comes back.
-    QTRY_COMPARE(server->run(u"xdotool"_s, {u"getwindowfocus"_s, u"-f"_s}).trimmed(), QString::number(views().at(0)->winId()));
+    QTRY_COMPARE(server->run(u"xdotool"_s, {u"getwindowfocus"_s, u"-f"_s}).trimmed(),
+                 QString::number(views().at(0)->winId()));
     server->run(u"xdotool"_s, {u"key"_s, u"Escape"_s});
     QTRY_VERIFY(!controller->isShown());
     server->run(u"wmctrl"_s, {u"-s"_s, u"0"_s});
@@ -310,7 +314,8 @@ void tst_OverlayX11::isVisibleSoonAfterItIsDue()
         QTRY_VERIFY(views().isEmpty());
     }
     std::sort(times.begin(), times.end());
-    std::printf("Due to first painted frame, two monitors, median of 5: %lld ms\n", static_cast<long long>(times.at(2)));
+    std::printf("Due to first painted frame, two monitors, median of 5: %lld ms\n",
+                static_cast<long long>(times.at(2)));
     QVERIFY(times.at(2) < 500);
 }
 

@@ -30,12 +30,16 @@ private Q_SLOTS:
 
 namespace {
 
-MeetingCard card(const Meeting &meeting, const OverlayOptions &options = {}, const std::optional<Meeting> &previous = {})
+MeetingCard card(const Meeting &meeting, const OverlayOptions &options = {},
+                 const std::optional<Meeting> &previous = {})
 {
     return {meeting, previous, OverlayTheme::midnight(), options};
 }
 
-Arrangement arranged(const MeetingCard &card) { return card.element(sample::ten - 60, {}).arrange(1000); }
+Arrangement arranged(const MeetingCard &card)
+{
+    return card.element(sample::ten - 60, {}).arrange(1000);
+}
 
 QStringList labels(const Arrangement &arrangement)
 {
@@ -59,9 +63,7 @@ void tst_MeetingCard::countdownReads_data()
 {
     QTest::addColumn<double>("seconds");
     QTest::addColumn<QString>("text");
-    const auto row = [](double seconds, const QString &text) {
-        QTest::addRow("%g", seconds) << seconds << text;
-    };
+    const auto row = [](double seconds, const QString &text) { QTest::addRow("%g", seconds) << seconds << text; };
     row(245, u"Starts in 4:05"_s);
     row(59.5, u"Starts in 1:00"_s);
     row(59.4, u"Starts in 0:59"_s);
@@ -140,8 +142,10 @@ void tst_MeetingCard::buttonsAndHintFollowTheLink_data()
     QTest::addColumn<QString>("hint");
     const QString both = u"Return to join · Esc to dismiss"_s;
     const QString only = u"Esc to dismiss"_s;
-    QTest::newRow("known provider") << u"https://zoom.us/j/1"_s << QStringList{u"Join Zoom"_s, u"Snooze 5 min"_s, u"Dismiss"_s} << both;
-    QTest::newRow("unknown provider") << u"https://example.com/call"_s << QStringList{u"Join meeting"_s, u"Snooze 5 min"_s, u"Dismiss"_s} << both;
+    QTest::newRow("known provider") << u"https://zoom.us/j/1"_s
+                                    << QStringList{u"Join Zoom"_s, u"Snooze 5 min"_s, u"Dismiss"_s} << both;
+    QTest::newRow("unknown provider") << u"https://example.com/call"_s
+                                      << QStringList{u"Join meeting"_s, u"Snooze 5 min"_s, u"Dismiss"_s} << both;
     QTest::newRow("none") << QString() << QStringList{u"Snooze 5 min"_s, u"Dismiss"_s} << only;
     QTest::newRow("not opened") << u"file:///etc/passwd"_s << QStringList{u"Snooze 5 min"_s, u"Dismiss"_s} << only;
 }
@@ -178,14 +182,17 @@ void tst_MeetingCard::longPreviousTitleKeepsToItsWidth()
     QVERIFY(words->frame.width() > 500);
     QVERIFY(join.right() - words->frame.left() <= 700);
     QVERIFY(words->frame.right() <= join.left());
-    QCOMPARE(arrangement.size().width(), arranged(card(sample::designReview(), {}, sample::titled(previous, QString(400, u'w')))).size().width());
+    QCOMPARE(arrangement.size().width(),
+             arranged(card(sample::designReview(), {}, sample::titled(previous, QString(400, u'w')))).size().width());
 }
 
 void tst_MeetingCard::longTitleKeepsToThreeLines()
 {
     const double oneLine = arranged(card(sample::designReview())).size().height();
-    const double many = arranged(card(sample::titled(sample::designReview(), u"very long words "_s.repeated(60)))).size().height();
-    const double more = arranged(card(sample::titled(sample::designReview(), u"very long words "_s.repeated(600)))).size().height();
+    const double many =
+        arranged(card(sample::titled(sample::designReview(), u"very long words "_s.repeated(60)))).size().height();
+    const double more =
+        arranged(card(sample::titled(sample::designReview(), u"very long words "_s.repeated(600)))).size().height();
     QCOMPARE(many, more);
     QVERIFY(many - oneLine < 60); // three lines of half the size against one of the full size
     QVERIFY(many > oneLine);

@@ -41,7 +41,10 @@ QByteArray readLine(int descriptor)
 
 } // namespace
 
-void XServer::Disconnect::operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
+void XServer::Disconnect::operator()(xcb_connection_t *connection) const
+{
+    xcb_disconnect(connection);
+}
 
 XServer::XServer(QList<QSize> monitors) : m_monitors(std::move(monitors)) {}
 
@@ -71,8 +74,8 @@ bool XServer::startServer()
     m_server.setStandardOutputFile(QProcess::nullDevice());
     m_server.setStandardErrorFile(QProcess::nullDevice());
     m_server.setChildProcessModifier([writing = ends[1]] { fcntl(writing, F_SETFD, 0); });
-    m_server.start(u"Xvfb"_s, {u"-displayfd"_s, QString::number(ends[1]), u"-noreset"_s, u"-nolisten"_s, u"tcp"_s, u"-screen"_s,
-                               u"0"_s, u"%1x%2x24"_s.arg(size.width()).arg(size.height())});
+    m_server.start(u"Xvfb"_s, {u"-displayfd"_s, QString::number(ends[1]), u"-noreset"_s, u"-nolisten"_s, u"tcp"_s,
+                               u"-screen"_s, u"0"_s, u"%1x%2x24"_s.arg(size.width()).arg(size.height())});
     const bool started = m_server.waitForStarted(patience);
     close(ends[1]); // or the pipe would not end where the server does
     const QByteArray number = started ? readLine(ends[0]) : QByteArray();

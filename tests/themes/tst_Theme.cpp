@@ -65,13 +65,15 @@ void tst_Theme::optionsFollowThePreferences()
     preferences.set(preference::showCalendar, false);
     preferences.set(preference::snoozeMinutes, 7);
     preferences.set(preference::leadMinutes, 0);
-    const OverlayOptions expected{.ringCountdown = true, .showAttendees = false, .showCalendar = false, .snoozeMinutes = 7, .leadMinutes = 0};
+    const OverlayOptions expected{
+        .ringCountdown = true, .showAttendees = false, .showCalendar = false, .snoozeMinutes = 7, .leadMinutes = 0};
     QCOMPARE(OverlayOptions::from(preferences), expected);
 }
 
 void tst_Theme::optionsWithoutPreferencesAreTheDefaults()
 {
-    const OverlayOptions expected{.ringCountdown = false, .showAttendees = true, .showCalendar = true, .snoozeMinutes = 1, .leadMinutes = 1};
+    const OverlayOptions expected{
+        .ringCountdown = false, .showAttendees = true, .showCalendar = true, .snoozeMinutes = 1, .leadMinutes = 1};
     QCOMPARE(OverlayOptions::from(Preferences()), expected);
 }
 

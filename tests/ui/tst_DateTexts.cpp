@@ -43,7 +43,8 @@ QStringList printedUnder(const QByteArray &locale, Instant instant)
 
 int print(Instant instant)
 {
-    std::printf("%s\n%s\n", qUtf8Printable(shortTime(instant)), qUtf8Printable(shortTimeWithDay(instant + 86400, instant)));
+    std::printf("%s\n%s\n", qUtf8Printable(shortTime(instant)),
+                qUtf8Printable(shortTimeWithDay(instant + 86400, instant)));
     return 0;
 }
 
@@ -88,7 +89,8 @@ void tst_DateTexts::theDayIsNamedOnlyOnAnotherDay()
 {
     QCOMPARE(shortTimeWithDay(morning, morning - 3600), u"09:05"_s);
     QCOMPARE(shortTimeWithDay(morning + 86400, morning), u"1/2/26, 09:05"_s);
-    QCOMPARE(shortTimeWithDay(Instant{1767225600}, Instant{1767225599}), u"1/1/26, 00:00"_s); // a second before midnight
+    QCOMPARE(shortTimeWithDay(Instant{1767225600}, Instant{1767225599}),
+             u"1/1/26, 00:00"_s); // a second before midnight
     QCOMPARE(printedUnder("en_US.UTF-8", morning).value(1), u"1/2/26, 9:05 AM"_s);
     QCOMPARE(printedUnder("de_DE.UTF-8", morning).value(1), u"02.01.26, 09:05"_s);
 }

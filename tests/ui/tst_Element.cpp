@@ -34,14 +34,18 @@ Element box(double width, double height, const QColor &colour = Qt::black)
     return filled(Shape::rectangle(), colour, padded({0, 0, width, height}, vertical(0, {})));
 }
 
-QRectF frame(const Arrangement &arrangement, const QString &tag) { return arrangement.frameOf(tag).value_or(QRectF()); }
+QRectF frame(const Arrangement &arrangement, const QString &tag)
+{
+    return arrangement.frameOf(tag).value_or(QRectF());
+}
 
 } // namespace
 
 void tst_Element::stacksAreCentredWithTheirSpacing()
 {
     const Arrangement column =
-        vertical(7, {tagged(u"a"_s, box(100, 20)), tagged(u"b"_s, box(41, 10)), tagged(u"c"_s, box(60, 5))}).arrange(500);
+        vertical(7, {tagged(u"a"_s, box(100, 20)), tagged(u"b"_s, box(41, 10)), tagged(u"c"_s, box(60, 5))})
+            .arrange(500);
     QCOMPARE(column.size(), QSizeF(100, 20 + 7 + 10 + 7 + 5));
     QCOMPARE(frame(column, u"a"_s), QRectF(0, 0, 100, 20));
     QCOMPARE(frame(column, u"b"_s), QRectF(29, 27, 41, 10)); // whole points
@@ -65,7 +69,8 @@ void tst_Element::paddingTakesRoomAndOutlinesTakeNone()
 
 void tst_Element::rowsNarrowTheWidestPartWhereRoomIsShort()
 {
-    const Text words = text(u"a text that would like to be much wider than there is room for it"_s).font(designFont(FontDesign::Default, 15));
+    const Text words = text(u"a text that would like to be much wider than there is room for it"_s)
+                           .font(designFont(FontDesign::Default, 15));
     const Arrangement row = horizontal(6, {tagged(u"words"_s, words), tagged(u"box"_s, box(50, 20))}).arrange(200);
     QVERIFY(row.size().width() <= 200);
     QCOMPARE(frame(row, u"box"_s).width(), 50.0);
@@ -90,7 +95,9 @@ void tst_Element::scalingKeepsTheRoomAndTheCentre()
 
 void tst_Element::taggedElementsReportFrameAndLabel()
 {
-    const Arrangement arrangement = vertical(0, {text(u"outside"_s), tagged(u"button"_s, horizontal(3, {text(u"Join"_s), text(u"now"_s)}))}).arrange(500);
+    const Arrangement arrangement =
+        vertical(0, {text(u"outside"_s), tagged(u"button"_s, horizontal(3, {text(u"Join"_s), text(u"now"_s)}))})
+            .arrange(500);
     QCOMPARE(arrangement.texts().size(), 1U);
     QCOMPARE(arrangement.texts().front().text, u"outside"_s);
     QCOMPARE(arrangement.tagged().size(), 1U);
@@ -118,7 +125,8 @@ void tst_Element::fixedDigitsStandStill()
     };
     QVERIFY(width(u"0:11"_s, false) < width(u"0:00"_s, false)); // or the test would prove nothing
     for (int second = 0; second < 60; ++second)
-        QCOMPARE(width(u"Starts in 0:%1"_s.arg(second, 2, 10, QLatin1Char('0')), true), width(u"Starts in 0:00"_s, true));
+        QCOMPARE(width(u"Starts in 0:%1"_s.arg(second, 2, 10, QLatin1Char('0')), true),
+                 width(u"Starts in 0:00"_s, true));
     QVERIFY(width(u"10:00"_s, true) > width(u"0:00"_s, true));
 }
 

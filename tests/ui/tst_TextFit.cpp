@@ -29,7 +29,10 @@ namespace {
 const QFont font = designFont(FontDesign::Default, 60, QFont::Bold);
 constexpr double width = 1000;
 
-FittedText fit(const QString &text) { return fitText(text, font, width, 3, 0.5); }
+FittedText fit(const QString &text)
+{
+    return fitText(text, font, width, 3, 0.5);
+}
 
 } // namespace
 
@@ -108,7 +111,10 @@ void tst_TextFit::knowsTheDirectionOfTheText()
     QVERIFY(!fit(u"Kelp مراجعة"_s).rightToLeft);
 }
 
-void tst_TextFit::anEmptyTextHasNoWidth() { QCOMPARE(fit({}).width, 0.0); }
+void tst_TextFit::anEmptyTextHasNoWidth()
+{
+    QCOMPARE(fit({}).width, 0.0);
+}
 
 QTEST_MAIN(tst_TextFit)
 #include "tst_TextFit.moc"
