@@ -16,7 +16,8 @@ endif()
 
 add_library(kelp-flags INTERFACE)
 target_compile_options(kelp-flags INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor
-    -Wno-missing-field-initializers) # members have defaults
+    -Wno-missing-field-initializers # members have defaults
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>) # g++ 12 suspects every std::optional
 if(KELP_WERROR)
     target_compile_options(kelp-flags INTERFACE -Werror)
 endif()

@@ -89,7 +89,8 @@ void GoogleAuth::addAccount(const Account &account, const AccessToken &token)
 
 void GoogleAuth::signOut(const Account &account) { removeAccounts(account.email); }
 
-void GoogleAuth::removeAccounts(const QString &email)
+// By value: the caller's string may be that of an account that goes.
+void GoogleAuth::removeAccounts(QString email)
 {
     m_accounts.removeIf([&](const Account &each) { return each.email == email; });
     m_accessTokens.remove(email);
@@ -98,15 +99,16 @@ void GoogleAuth::removeAccounts(const QString &email)
 
 void GoogleAuth::rename(const Account &account, const QString &email)
 {
-    if (email == account.email)
+    const QString oldEmail = account.email; // `account` may be the listed one itself
+    if (email == oldEmail)
         return;
     const auto listed = std::find_if(m_accounts.begin(), m_accounts.end(),
-                                     [&](const Account &each) { return each.email == account.email; });
+                                     [&](const Account &each) { return each.email == oldEmail; });
     if (listed == m_accounts.end())
         return;
     listed->email = email;
-    if (m_accessTokens.contains(account.email))
-        m_accessTokens.insert(email, m_accessTokens.take(account.email));
+    if (m_accessTokens.contains(oldEmail))
+        m_accessTokens.insert(email, m_accessTokens.take(oldEmail));
     saveAccounts();
 }
 

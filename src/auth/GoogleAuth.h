@@ -82,7 +82,7 @@ private:
     [[nodiscard]] Client client() const;
     void finishAttempt(SignInAttempt *attempt);
     void addAccount(const Account &account, const AccessToken &token);
-    void removeAccounts(const QString &email);
+    void removeAccounts(QString email);
     void saveAccounts();
     [[nodiscard]] Result<QString, AuthError> takeRefreshed(const Account &account,
                                                            const Result<QJsonObject, AuthError> &answer);

@@ -50,6 +50,25 @@ FileOperations &FileOperations::system()
     return operations;
 }
 
+Result<void, FileError> makePrivateFolder(const QString &folder, FileOperations &operations)
+{
+    const QByteArray path = QFile::encodeName(folder);
+    struct stat status = {};
+    if (::stat(path.constData(), &status) == 0) {
+        if (S_ISDIR(status.st_mode))
+            return {};
+        return Failure(FileError{folder, ENOTDIR});
+    }
+    const QString parent = QFileInfo(folder).path();
+    if (parent != folder) {
+        if (auto made = makePrivateFolder(parent, operations); !made)
+            return made;
+    }
+    if (operations.makeFolder(path.constData(), 0700) != 0 && errno != EEXIST)
+        return Failure(FileError{folder, errno});
+    return {};
+}
+
 AtomicFile::AtomicFile(QString path, FileOperations &operations) : m_path(std::move(path)), m_operations(operations) {}
 
 FileError AtomicFile::lastError() const { return {m_path, errno}; }
@@ -91,7 +110,7 @@ Result<std::optional<QByteArray>, FileError> AtomicFile::read() const
 
 Result<void, FileError> AtomicFile::write(const QByteArray &content)
 {
-    if (auto made = makeFolder(QFileInfo(m_path).path()); !made)
+    if (auto made = makePrivateFolder(QFileInfo(m_path).path(), m_operations); !made)
         return made;
 
     const QByteArray temporary = temporaryPath(m_path);
@@ -144,25 +163,6 @@ Result<void, FileError> AtomicFile::putAside(const QString &suffix)
     if (m_operations.rename(QFile::encodeName(m_path).constData(), QFile::encodeName(m_path + suffix).constData()) != 0)
         return Failure(lastError());
     return syncFolder();
-}
-
-Result<void, FileError> AtomicFile::makeFolder(const QString &folder)
-{
-    const QByteArray path = QFile::encodeName(folder);
-    struct stat status = {};
-    if (::stat(path.constData(), &status) == 0) {
-        if (S_ISDIR(status.st_mode))
-            return {};
-        return Failure(FileError{m_path, ENOTDIR});
-    }
-    const QString parent = QFileInfo(folder).path();
-    if (parent != folder) {
-        if (auto made = makeFolder(parent); !made)
-            return made;
-    }
-    if (m_operations.makeFolder(path.constData(), 0700) != 0 && errno != EEXIST)
-        return Failure(lastError());
-    return {};
 }
 
 Result<void, FileError> AtomicFile::syncFolder()

@@ -38,6 +38,10 @@ public:
     [[nodiscard]] static FileOperations &system();
 };
 
+/// Makes the folder and its missing parents, for the user alone (0700). One that is there is left as it is.
+[[nodiscard]] Result<void, FileError> makePrivateFolder(const QString &folder,
+                                                        FileOperations &operations = FileOperations::system());
+
 /// A private file (0600) in a private folder (0700) whose content is only ever replaced as a whole: at every moment,
 /// also after a crash or on a full disk, it holds either the old bytes or the new ones.
 ///
@@ -64,7 +68,6 @@ public:
     static void sweep(const QString &folder);
 
 private:
-    [[nodiscard]] Result<void, FileError> makeFolder(const QString &folder);
     [[nodiscard]] Result<void, FileError> syncFolder();
     [[nodiscard]] FileError lastError() const;
 

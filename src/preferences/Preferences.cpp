@@ -5,8 +5,8 @@
 
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace kelp {
 
@@ -14,7 +14,10 @@ namespace {
 
 constexpr QLatin1StringView dateMember("date");
 
-QJsonObject encodeDate(Instant instant) { return {{dateMember, instant.toIso8601Milliseconds()}}; }
+QJsonObject encodeDate(Instant instant)
+{
+    return {{dateMember, instant.toIso8601Milliseconds()}};
+}
 
 std::optional<Instant> decodeDate(const QJsonValue &value)
 {
@@ -24,10 +27,13 @@ std::optional<Instant> decodeDate(const QJsonValue &value)
     return Instant::parse(object.value(dateMember).toString());
 }
 
-std::int64_t integerOf(double value)
+std::int64_t integerOf(const QJsonValue &value)
 {
+    // A double holds 53 bits of an integer only.
+    if (const qint64 exact = value.toInteger(0); exact != 0)
+        return exact;
     constexpr double limit = 9223372036854774784.0; // the greatest double below 2^63
-    return static_cast<std::int64_t>(std::clamp(std::trunc(value), -limit, limit));
+    return static_cast<std::int64_t>(std::clamp(std::trunc(value.toDouble(0)), -limit, limit));
 }
 
 } // namespace
@@ -58,7 +64,7 @@ QJsonValue Preferences::stored(const char *name) const
 std::int64_t Preferences::get(const PreferenceKey<std::int64_t> &key) const
 {
     const QJsonValue value = stored(key.name);
-    return value.isUndefined() ? key.fallback : integerOf(value.toDouble(0));
+    return value.isUndefined() ? key.fallback : integerOf(value);
 }
 
 bool Preferences::get(const PreferenceKey<bool> &key) const
@@ -114,11 +120,20 @@ void Preferences::set(const PreferenceKey<std::int64_t> &key, std::int64_t value
     store(key.name, static_cast<qint64>(value));
 }
 
-void Preferences::set(const PreferenceKey<bool> &key, bool value) { store(key.name, value); }
+void Preferences::set(const PreferenceKey<bool> &key, bool value)
+{
+    store(key.name, value);
+}
 
-void Preferences::set(const PreferenceKey<double> &key, double value) { store(key.name, value); }
+void Preferences::set(const PreferenceKey<double> &key, double value)
+{
+    store(key.name, value);
+}
 
-void Preferences::set(const PreferenceKey<QString> &key, const QString &value) { store(key.name, value); }
+void Preferences::set(const PreferenceKey<QString> &key, const QString &value)
+{
+    store(key.name, value);
+}
 
 void Preferences::set(const PreferenceKey<Instant> &key, std::optional<Instant> value)
 {
@@ -173,10 +188,14 @@ void Preferences::save()
 {
     if (!m_unsaved || m_updating > 0 || !m_file)
         return;
-    // What the user wrote by hand is put aside, not lost.
-    if (m_damaged && !m_file->putAside(QStringLiteral(".damaged")))
-        return;
-    m_damaged = false;
+    if (m_damaged) {
+        // What the user wrote by hand is put aside, not lost.
+        if (const auto aside = m_file->putAside(QStringLiteral(".damaged")); !aside) {
+            qCWarning(logPreferences).noquote() << "cannot be put aside:" << aside.error().description();
+            return;
+        }
+        m_damaged = false;
+    }
     const auto written = m_file->write(QJsonDocument(m_values).toJson(QJsonDocument::Indented));
     if (!written)
         qCWarning(logPreferences).noquote() << "cannot be written:" << written.error().description();

@@ -24,8 +24,12 @@ void tst_Instant::parsesOnlyRfc3339InstantsWithAnOffset_data()
     QTest::addColumn<bool>("valid");
     QTest::addColumn<double>("seconds");
 
-    const auto good = [](const char *text, double seconds) { QTest::newRow(text) << QString::fromUtf8(text) << true << seconds; };
-    const auto bad = [](const char *text) { QTest::newRow(*text ? text : "(empty)") << QString::fromUtf8(text) << false << 0.0; };
+    const auto good = [](const char *text, double seconds) {
+        QTest::newRow(text) << QString::fromUtf8(text) << true << seconds;
+    };
+    const auto bad = [](const char *text) {
+        QTest::newRow(*text ? text : "(empty)") << QString::fromUtf8(text) << false << 0.0;
+    };
     good("2026-01-01T09:00:00Z", 1767258000);
     good("2026-01-01T10:00:00+01:00", 1767258000);
     good("2026-01-01T00:30:00-08:30", 1767258000);

@@ -20,6 +20,7 @@
 #include <cstdio>
 
 using namespace kelp;
+using namespace kelp::test;
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -16,6 +16,7 @@
 #include <QTest>
 
 using namespace kelp;
+using namespace kelp::test;
 using namespace Qt::StringLiterals;
 
 Q_DECLARE_METATYPE(kelp::Meeting)

@@ -4,9 +4,8 @@
 
 #include <algorithm>
 #include <tuple>
-#include <utility>
 
-namespace kelp {
+namespace kelp::test {
 
 void FakeClock::after(double seconds, QObject *context, std::function<void()> action)
 {
@@ -15,38 +14,36 @@ void FakeClock::after(double seconds, QObject *context, std::function<void()> ac
 
 void FakeClock::every(double seconds, QObject *context, std::function<void()> action)
 {
-    Q_ASSERT(seconds > 0);
     add(seconds, seconds, context, std::move(action));
 }
 
 void FakeClock::add(double seconds, double period, QObject *context, std::function<void()> action)
 {
-    m_actions.push_back({m_monotonic + seconds, m_order++, period, context, std::move(action)});
+    m_alarms.append({m_monotonic + seconds, period, m_order++, context, std::move(action)});
 }
 
 void FakeClock::advance(double seconds)
 {
-    const double until = m_monotonic + seconds;
-    const auto moveTo = [this](double monotonic) {
-        m_now = m_now + (monotonic - m_monotonic);
-        m_monotonic = monotonic;
+    const double target = m_monotonic + seconds;
+    const auto passTo = [this](double time) {
+        m_now = m_now + (time - m_monotonic);
+        m_monotonic = time;
     };
     for (;;) {
-        const auto next = std::min_element(m_actions.begin(), m_actions.end(), [](const Action &a, const Action &b) {
-            return std::tie(a.due, a.order) < std::tie(b.due, b.order);
+        m_alarms.removeIf([](const Alarm &alarm) { return !alarm.context; });
+        const auto next = std::min_element(m_alarms.begin(), m_alarms.end(), [](const Alarm &a, const Alarm &b) {
+            return std::tie(a.at, a.order) < std::tie(b.at, b.order);
         });
-        if (next == m_actions.end() || next->due > until)
+        if (next == m_alarms.end() || next->at > target)
             break;
-        Action action = std::move(*next);
-        m_actions.erase(next);
-        if (!action.context)
-            continue;
-        moveTo(std::max(action.due, m_monotonic));
-        if (action.period > 0)
-            m_actions.push_back({action.due + action.period, m_order++, action.period, action.context, action.run});
-        action.run();
+        const Alarm alarm = *next;
+        m_alarms.erase(next);
+        passTo(std::max(alarm.at, m_monotonic));
+        if (alarm.period > 0)
+            add(alarm.period, alarm.period, alarm.context, alarm.action);
+        alarm.action();
     }
-    moveTo(until);
+    passTo(target);
 }
 
-} // namespace kelp
+} // namespace kelp::test

@@ -2,48 +2,42 @@
 
 #include "base/Clock.h"
 
+#include <QList>
 #include <QPointer>
 
-#include <cstdint>
-#include <functional>
-#include <vector>
+namespace kelp::test {
 
-class QObject;
-
-namespace kelp {
-
-/// A clock that stands still until a test moves it. The wall clock and the monotonic one can be moved apart.
+/// A clock that a test advances by hand.
 class FakeClock final : public Clock
 {
 public:
-    explicit FakeClock(Instant now) : m_now(now) {}
+    explicit FakeClock(Instant now = {1767258000}) : m_now(now) {} ///< 2026-01-01 09:00 UTC
 
     [[nodiscard]] Instant now() const override { return m_now; }
     void after(double seconds, QObject *context, std::function<void()> action) override;
     void every(double seconds, QObject *context, std::function<void()> action) override;
 
-    /// Lets time go by on both clocks. Actions run when they are due, in the order of their times, those of the same
-    /// time in the order in which they were asked for; what they ask for in turn runs too.
+    /// Lets time pass: runs what falls due, in order, at its own time.
     void advance(double seconds);
-    /// Sets the wall clock; the monotonic one, and with it what is due, stays.
-    void jump(Instant to) { m_now = to; }
+    /// Sets the wall clock; nothing falls due by that.
+    void jump(Instant now) { m_now = now; }
 
 private:
-    struct Action
+    struct Alarm
     {
-        double due; ///< on the monotonic clock
-        std::uint64_t order;
-        double period; ///< 0 = once
+        double at = 0;     ///< on the monotonic clock
+        double period = 0; ///< 0 = once
+        int order = 0;     ///< of two at the same time the one asked for first runs first
         QPointer<QObject> context;
-        std::function<void()> run;
+        std::function<void()> action;
     };
 
     void add(double seconds, double period, QObject *context, std::function<void()> action);
 
     Instant m_now;
     double m_monotonic = 0;
-    std::uint64_t m_order = 0;
-    std::vector<Action> m_actions;
+    int m_order = 0;
+    QList<Alarm> m_alarms;
 };
 
-} // namespace kelp
+} // namespace kelp::test

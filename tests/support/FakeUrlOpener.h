@@ -5,7 +5,7 @@
 #include <QList>
 #include <QUrl>
 
-namespace kelp {
+namespace kelp::test {
 
 /// Remembers what it was asked to open. No application is installed unless a test says so.
 class FakeUrlOpener final : public UrlOpener
@@ -18,4 +18,4 @@ public:
     QList<QUrl> opened;
 };
 
-} // namespace kelp
+} // namespace kelp::test

@@ -1,0 +1,23 @@
+#include "base/Folders.h"
+
+#include <QFile>
+#include <QStandardPaths>
+
+#include <pwd.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace kelp::folders {
+
+QString configuration() { return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/Kelp"_s; }
+
+QString data() { return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/Kelp"_s; }
+
+bool isUsualConfiguration()
+{
+    const passwd *user = ::getpwuid(::getuid());
+    return user && configuration() == QFile::decodeName(user->pw_dir) + u"/.config/Kelp"_s;
+}
+
+} // namespace kelp::folders

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+namespace kelp::folders {
+
+/// Where the preferences live: $XDG_CONFIG_HOME/Kelp. Created by the first write.
+[[nodiscard]] QString configuration();
+
+/// Where accounts and copies of the user's own files live: $XDG_DATA_HOME/Kelp. Created by the first write.
+[[nodiscard]] QString data();
+
+/// Whether the configuration is at its usual place below the home folder that the user database names. A demo or a test
+/// has its own place and must not be mistaken for the user's Kelp.
+[[nodiscard]] bool isUsualConfiguration();
+
+} // namespace kelp::folders

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+
+namespace kelp {
+
+class Clock;
+class ScreenCover;
+class SingleInstance;
+class SystemEvents;
+class UrlOpener;
+
+/// The desktop that Kelp runs on.
+class Platform
+{
+public:
+    virtual ~Platform() = default;
+
+    [[nodiscard]] virtual std::unique_ptr<ScreenCover> makeScreenCover() = 0;
+    [[nodiscard]] virtual std::unique_ptr<SingleInstance> makeSingleInstance(Clock &clock) = 0;
+    [[nodiscard]] virtual std::unique_ptr<SystemEvents> makeSystemEvents() = 0;
+    [[nodiscard]] virtual std::unique_ptr<UrlOpener> makeUrlOpener() = 0;
+
+    /// The one this build is for. Needs the QApplication.
+    [[nodiscard]] static std::unique_ptr<Platform> make();
+};
+
+} // namespace kelp
