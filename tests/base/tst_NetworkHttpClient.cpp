@@ -83,6 +83,7 @@ private Q_SLOTS:
     void reportsARefusedConnection();
     void refusesAnUnverifiedServer();
     void keepsNoCookies();
+    void usesNoProxyForThisComputer();
     void doesNotCallBackWhoeverIsGone();
 
 private:
@@ -266,6 +267,22 @@ void tst_NetworkHttpClient::keepsNoCookies()
     QTRY_VERIFY(outcome);
     for (const QByteArray &request : std::as_const(server.requests))
         QVERIFY(!request.toLower().contains("\r\ncookie:"));
+}
+
+void tst_NetworkHttpClient::usesNoProxyForThisComputer()
+{
+    Server proxy(answer("200 OK", "through the proxy"));
+    qputenv("http_proxy", "http://127.0.0.1:" + QByteArray::number(proxy.port()));
+    Server server(answer("200 OK", "directly"));
+    get(server.url());
+    QTRY_VERIFY(outcome);
+    QCOMPARE((*outcome)->body, "directly");
+    // The variable counts for everybody else; this name has no address.
+    outcome.reset();
+    get(QUrl(u"http://kelp.invalid/"_s));
+    QTRY_VERIFY(outcome);
+    QCOMPARE((*outcome)->body, "through the proxy");
+    qunsetenv("http_proxy");
 }
 
 void tst_NetworkHttpClient::doesNotCallBackWhoeverIsGone()
