@@ -78,6 +78,7 @@ private Q_SLOTS:
     void givesUpAfterAMinuteInAll();
     void givesUpOnABodyOverEightMebibytes_data();
     void givesUpOnABodyOverEightMebibytes();
+    void doesNotWaitForTheEndOfAnEndlessBody();
     void reportsABrokenAnswer_data();
     void reportsABrokenAnswer();
     void reportsARefusedConnection();
@@ -196,6 +197,15 @@ void tst_NetworkHttpClient::givesUpOnABodyOverEightMebibytes()
         QCOMPARE((*outcome)->body.size(), size);
     else
         QCOMPARE(outcome->error().kind, HttpError::Kind::tooLarge);
+}
+
+void tst_NetworkHttpClient::doesNotWaitForTheEndOfAnEndlessBody()
+{
+    Server server("HTTP/1.1 200 OK\r\nContent-Length: 999999999\r\n\r\n" + QByteArray(9 * 1024 * 1024, 'x'),
+                  Server::Ending::keepOpen);
+    get(server.url());
+    QTRY_VERIFY(outcome);
+    QCOMPARE(outcome->error().kind, HttpError::Kind::tooLarge);
 }
 
 void tst_NetworkHttpClient::reportsABrokenAnswer_data()

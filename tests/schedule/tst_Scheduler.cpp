@@ -57,6 +57,7 @@ private Q_SLOTS:
     void emptiesItsListsWithoutAccounts();
     void callsBackAfterARefreshThatBeganLater();
     void triesAgainAfterTransientErrors();
+    void forgetsARetryThatAnotherRefreshReplaced();
     void waitsForTheIntervalAfterLastingErrors();
     void refreshesAtMostEveryFiveSecondsAfterWaking();
 
@@ -249,6 +250,17 @@ void tst_Scheduler::triesAgainAfterTransientErrors()
     source->answer(failure);
     clock->advance(5);
     QCOMPARE(source->fetches, expected + 3);
+}
+
+void tst_Scheduler::forgetsARetryThatAnotherRefreshReplaced()
+{
+    scheduler->refresh();
+    source->answer({.errors = {u"no network"_s}, .errorsAreTransient = true});
+    clock->advance(2);
+    scheduler->refresh();
+    source->answer({});
+    clock->advance(60);
+    QCOMPARE(source->fetches, 2);
 }
 
 void tst_Scheduler::waitsForTheIntervalAfterLastingErrors()
