@@ -358,8 +358,10 @@ void tst_Scheduler::showsASnoozedMeetingAgainPastTheCutoff()
     scheduler->snooze(snoozed, 300);
     run(295);
     QCOMPARE(offered.size(), 1);
+    QVERIFY(preferences->get(preference::shownMeetings).isEmpty());
     run(5);
     QCOMPARE(offered.size(), 2);
+    QVERIFY(preferences->get(preference::snoozedMeetings).isEmpty());
     run(600);
     QCOMPARE(offered.size(), 2);
 }
