@@ -117,6 +117,7 @@ void tst_SettingsView::hidesTheFieldsWithABuiltInClient()
 void tst_SettingsView::waitsWhileASignInRuns()
 {
     make({u"id"_s, u"secret"_s});
+    opener.handledSchemes = {u"https"_s};
     auth->signIn(view.get(), [](const Result<Account, AuthError> &) {});
     QVERIFY(!button(u"Waiting for Google…"_s)->isEnabled());
 }
