@@ -1,6 +1,8 @@
 #include "overlay/MeetingCard.h"
 
 #include "overlay/CardTags.h"
+#include "overlay/CountdownFigures.h"
+#include "overlay/CountdownRing.h"
 #include "ui/DateTexts.h"
 #include "ui/PlainText.h"
 
@@ -15,26 +17,14 @@ namespace {
 
 const QString separator = u"  ·  "_s;
 
-/// Seconds from `now` to `start`, to the nearest whole one, halves away from zero.
-std::int64_t secondsUntil(Instant start, Instant now)
-{
-    constexpr double limit = 1e15; // well within 64 bits
-    return std::llround(std::clamp(start - now, -limit, limit));
-}
-
-QString minutesAndSeconds(std::int64_t seconds)
-{
-    return u"%1:%2"_s.arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
-}
-
 } // namespace
 
 QString MeetingCard::countdown(Instant start, Instant now)
 {
-    const std::int64_t seconds = secondsUntil(start, now);
+    const std::int64_t seconds = wholeSeconds(start - now);
     if (seconds >= 1)
         return u"Starts in "_s + minutesAndSeconds(seconds);
-    if (seconds > -5)
+    if (static_cast<double>(seconds) > -startingSeconds)
         return u"Starting now"_s;
     return u"Started "_s + minutesAndSeconds(-seconds) + u" ago"_s;
 }
@@ -45,6 +35,20 @@ double MeetingCard::untilNextCountdown(Instant start, Instant now)
     constexpr double past = 0.005;
     const double remaining = start - now;
     return remaining - (std::round(remaining) - 0.5) + past;
+}
+
+QString MeetingCard::countdownWords(Instant now) const
+{
+    const double remaining = meeting.start - now;
+    if (options.ringCountdown)
+        return CountdownRing::label(remaining) + u' ' + CountdownRing::caption(remaining);
+    return countdown(meeting.start, now);
+}
+
+double MeetingCard::untilNextWords(Instant now) const
+{
+    return options.ringCountdown ? CountdownRing::untilNextLabel(meeting.start - now)
+                                 : untilNextCountdown(meeting.start, now);
 }
 
 QStringList MeetingCard::detailItems() const
@@ -65,7 +69,9 @@ QString MeetingCard::details() const
 
 Element MeetingCard::element(Instant now, const ButtonStates &buttons) const
 {
-    std::vector<Element> heading{pill(now), padded({0, 10, 0, 0}, title())};
+    const Element countdown = tagged(tag::countdown, options.ringCountdown ? ring(now) : pill(now));
+    std::vector<Element> heading{padded({0, 0, 0, options.ringCountdown ? 8.0 : 0.0}, countdown),
+                                 padded({0, 10, 0, 0}, title())};
     QStringList items = detailItems();
     if (options.showCalendar)
         items.append(isolated(meeting.calendarName));
@@ -84,16 +90,22 @@ Element MeetingCard::pill(Instant now) const
                            .font(designFont(theme.countdownFont, 20, QFont::DemiBold))
                            .colour(faded(theme.text, 0.8))
                            .fixedDigits();
-    return tagged(tag::countdown, filled(Shape::capsule(), faded(theme.text, 0.12), padded({16, 6, 16, 6}, words)));
+    return filled(Shape::capsule(), faded(theme.text, 0.12), padded({16, 6, 16, 6}, words));
+}
+
+Element MeetingCard::ring(Instant now) const
+{
+    const double total = static_cast<double>(std::max<std::int64_t>(options.leadMinutes, 1)) * 60;
+    return CountdownRing{meeting.start, total, theme}.element(now);
 }
 
 Element MeetingCard::title() const
 {
-    return text(meeting.title)
-        .font(designFont(theme.font, 60, theme.titleWeight))
-        .colour(theme.text)
-        .lines(3)
-        .shrink(0.5);
+    Text words =
+        text(meeting.title).font(designFont(theme.font, 60, theme.titleWeight)).colour(theme.text).lines(3).shrink(0.5);
+    if (theme.cursor)
+        words = words.cursor(theme.accent);
+    return glowing(22, faded(theme.accent, theme.glow ? 0.55 : 0), words);
 }
 
 Element MeetingCard::buttonRow(const ButtonStates &buttons) const

@@ -25,6 +25,10 @@ struct MeetingCard
     /// Seconds from `now` until `countdown` reads differently, more than 0.
     [[nodiscard]] static double untilNextCountdown(Instant start, Instant now);
 
+    /// What the countdown says, be it the pill's words or the ring's.
+    [[nodiscard]] QString countdownWords(Instant now) const;
+    /// Seconds from `now` until `countdownWords` reads differently, more than 0.
+    [[nodiscard]] double untilNextWords(Instant now) const;
     /// "10:00 – 10:30  ·  5 people  ·  Work"
     [[nodiscard]] QString details() const;
     [[nodiscard]] Element element(Instant now, const ButtonStates &buttons) const;
@@ -32,6 +36,7 @@ struct MeetingCard
 private:
     [[nodiscard]] QStringList detailItems() const;
     [[nodiscard]] Element pill(Instant now) const;
+    [[nodiscard]] Element ring(Instant now) const;
     [[nodiscard]] Element title() const;
     [[nodiscard]] Element buttonRow(const ButtonStates &buttons) const;
     [[nodiscard]] Element previousRow(const ButtonState &joinButton) const;

@@ -1,7 +1,6 @@
 #include "overlay/OverlayController.h"
 
 #include "base/Clock.h"
-#include "overlay/MeetingCard.h"
 #include "overlay/OverlayView.h"
 #include "overlay/OverlayWindow.h"
 #include "platform/ScreenCover.h"
@@ -11,6 +10,8 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -20,6 +21,7 @@ namespace kelp {
 namespace {
 
 constexpr double welcomeSeconds = 8;
+constexpr double longestWait = 1.01; // seconds
 
 } // namespace
 
@@ -27,7 +29,9 @@ struct OverlayController::Showing
 {
     OverlayScene scene;
     bool onPrimaryOnly;
-    QObject timers{}; ///< context of the clock's actions: none of them outlives the showing
+    // Contexts of the clock's actions: none of them outlives the showing.
+    QObject timeOut{};
+    std::unique_ptr<QObject> nextTick{};
 };
 
 OverlayController::OverlayController(Preferences &preferences, Clock &clock, UrlOpener &opener, ScreenCover &cover,
@@ -62,10 +66,8 @@ void OverlayController::show(const OverlayContent &content, const std::optional<
         m_meeting = reminder->meeting;
     m_keys.start();
     coverScreens();
-    if (m_meeting)
-        tick();
-    else
-        m_clock.after(welcomeSeconds, &m_showing->timers, [this] { hide(true); });
+    if (!m_meeting)
+        m_clock.after(welcomeSeconds, &m_showing->timeOut, [this] { hide(true); });
     Q_EMIT shown();
 }
 
@@ -112,15 +114,23 @@ void OverlayController::snooze()
     hide(true);
 }
 
-/// Brings the card up to date and comes back when its countdown reads differently.
+/// Brings the cards up to date and comes back when one of them looks different.
 void OverlayController::tick()
 {
     const Instant now = m_clock.now();
+    double wait = std::numeric_limits<double>::infinity();
     for (const OverlayWindow *window : m_windows) {
-        if (window->view())
-            window->view()->setNow(now);
+        if (OverlayView *view = window->view()) {
+            view->setNow(now);
+            wait = std::min(wait, view->untilChange());
+        }
     }
-    m_clock.after(MeetingCard::untilNextCountdown(m_meeting->start, now), &m_showing->timers, [this] { tick(); });
+    m_showing->nextTick.reset();
+    if (std::isinf(wait))
+        return;
+    m_showing->nextTick = std::make_unique<QObject>();
+    // Sooner than needed where the wall clock may have been set meanwhile.
+    m_clock.after(std::min(wait, longestWait), m_showing->nextTick.get(), [this] { tick(); });
 }
 
 /// Gives every wanted screen that has none a window, and one of the windows the keyboard.
@@ -144,6 +154,7 @@ void OverlayController::coverScreens()
             cover(*screen);
     }
     giveKeyboard();
+    tick();
 }
 
 void OverlayController::cover(QScreen &screen)

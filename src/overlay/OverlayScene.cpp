@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace kelp {
 
@@ -19,11 +20,30 @@ constexpr double sideMargin = 48;
 
 } // namespace
 
+std::optional<MeetingCard> OverlayScene::meetingCard() const
+{
+    if (const auto *reminder = std::get_if<MeetingContent>(&content))
+        return MeetingCard{reminder->meeting, reminder->previous, theme, options};
+    return {};
+}
+
+QString OverlayScene::countdown(Instant now) const
+{
+    const auto card = meetingCard();
+    return card ? card->countdownWords(now) : QString();
+}
+
+double OverlayScene::untilNextCountdown(Instant now) const
+{
+    const auto card = meetingCard();
+    return card ? card->untilNextWords(now) : std::numeric_limits<double>::infinity();
+}
+
 Arrangement OverlayScene::card(const QSizeF &size, Instant now, const ButtonStates &buttons) const
 {
     const double room = std::max(1.0, std::min(widestCard, size.width() - 2 * sideMargin));
-    if (const auto *reminder = std::get_if<MeetingContent>(&content))
-        return MeetingCard{reminder->meeting, reminder->previous, theme, options}.element(now, buttons).arrange(room);
+    if (const auto card = meetingCard())
+        return card->element(now, buttons).arrange(room);
     return WelcomeCard{std::get<WelcomeContent>(content), theme}.element(now, buttons).arrange(room);
 }
 
@@ -46,7 +66,7 @@ void OverlayScene::paint(QPainter &painter, const QSizeF &size, Instant now, con
     picture.fill(Qt::transparent);
     QPainter cardPainter(&picture);
     cardPainter.translate(-frame.topLeft());
-    laidOut.paint(cardPainter);
+    laidOut.paint(cardPainter, now);
     cardPainter.end();
     painter.drawImage(cardPosition(size, laidOut) + frame.topLeft(), picture);
 }

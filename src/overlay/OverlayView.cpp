@@ -2,6 +2,7 @@
 
 #include "overlay/CardButton.h"
 #include "overlay/CardTags.h"
+#include "ui/Blur.h"
 #include "ui/Spring.h"
 
 #include <QEvent>
@@ -22,6 +23,9 @@ constexpr double bleed = OverlayScene::bleed;
 constexpr Spring entranceSpring{0.7, 0.75};
 constexpr double entranceDelay = 0.05; // seconds
 constexpr double entranceScale = 0.94;
+constexpr double entranceBlur = 8; // points
+/// A blur of so few pixels cannot be told from none.
+constexpr double leastBlur = 0.6;
 
 /// A text for screen readers; the card's picture shows it to everyone else.
 class SpokenLabel final : public QLabel
@@ -69,8 +73,13 @@ OverlayView::~OverlayView()
 
 void OverlayView::setNow(Instant now)
 {
-    m_now = now;
-    const Arrangement before = std::exchange(m_arrangement, arranged());
+    const Instant then = std::exchange(m_now, now);
+    for (const QRectF &part : m_arrangement.changed(then, now))
+        paintCard(part);
+    if (m_scene.countdown(then) == m_scene.countdown(now))
+        return;
+    const Arrangement before = m_arrangement;
+    arrange();
     const auto countdown = m_arrangement.frameOf(tag::countdown);
     if (m_arrangement.size() == before.size() && countdown && countdown == before.frameOf(tag::countdown)) {
         placeChildren();
@@ -78,6 +87,11 @@ void OverlayView::setNow(Instant now)
     } else {
         layOut();
     }
+}
+
+double OverlayView::untilChange() const
+{
+    return std::min(m_scene.untilNextCountdown(m_now), m_arrangement.untilChange(m_now, devicePixelRatioF()));
 }
 
 void OverlayView::setMotion(bool moves)
@@ -115,10 +129,29 @@ void OverlayView::paintEvent(QPaintEvent *)
         painter.setOpacity(m_shown);
     }
     m_background.paint(painter, size());
-    painter.setOpacity(m_shown * std::clamp(m_entrance, 0.0, 1.0));
+    paintCardIn(painter);
+}
+
+/// Faded, blurred and scaled as far as the entrance has come.
+void OverlayView::paintCardIn(QPainter &painter) const
+{
+    const double entrance = std::clamp(m_entrance, 0.0, 1.0);
+    if (entrance == 0)
+        return;
+    painter.setOpacity(m_shown * entrance);
     painter.setTransform(entranceTransform(), true);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawPixmap(cardPicture().topLeft(), m_card);
+    const double radius = entranceBlur * (1 - entrance) * devicePixelRatioF();
+    if (radius < leastBlur) {
+        painter.drawPixmap(cardPicture().topLeft(), m_card);
+        return;
+    }
+    // A blurred picture has no detail to lose: one of half the size or less will do.
+    const int coarse = std::max(1, static_cast<int>(radius / 2));
+    const QImage sharp = m_card.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QImage small =
+        coarse == 1 ? sharp : sharp.scaled(sharp.size() / coarse, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    painter.drawImage(cardPicture(), blurred(small, radius / coarse));
 }
 
 void OverlayView::resizeEvent(QResizeEvent *)
@@ -133,17 +166,18 @@ bool OverlayView::event(QEvent *event)
     return QWidget::event(event);
 }
 
-Arrangement OverlayView::arranged() const
+void OverlayView::arrange()
 {
     ButtonStates states;
     for (auto each = m_buttons.begin(); each != m_buttons.end(); ++each)
         states.insert(each.key(), each.value()->state());
-    return m_scene.card(size(), m_now, states);
+    const Arrangement before = std::exchange(m_arrangement, m_scene.card(size(), m_now, states));
+    m_arrangement.inheritGlows(before);
 }
 
 void OverlayView::layOut()
 {
-    m_arrangement = arranged();
+    arrange();
     m_cardPosition = OverlayScene::cardPosition(size(), m_arrangement);
     placeChildren();
     m_card = QPixmap((cardPicture().size() * devicePixelRatioF()).toSize());
@@ -156,7 +190,7 @@ void OverlayView::layOut()
 /// Labels come before buttons: screen readers read in the order of creation.
 void OverlayView::createChildren()
 {
-    m_arrangement = arranged();
+    arrange();
     const auto labels = m_arrangement.texts().size() + (m_arrangement.frameOf(tag::countdown) ? 1 : 0);
     while (m_labels.size() < labels)
         m_labels.push_back(new SpokenLabel(this));
@@ -202,8 +236,8 @@ void OverlayView::placeChildren()
 
 void OverlayView::buttonChanged(const QString &tag)
 {
-    m_arrangement = arranged();
-    paintCard(m_arrangement.frameOf(tag).value_or(QRectF()).adjusted(-bleed / 2, -bleed / 2, bleed / 2, bleed / 2));
+    arrange();
+    paintCard(m_arrangement.frameOf(tag).value_or(QRectF()).adjusted(-bleed, -bleed, bleed, bleed));
 }
 
 QRectF OverlayView::cardPicture() const
@@ -223,7 +257,7 @@ void OverlayView::paintCard(const QRectF &dirty)
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.fillRect(whole, Qt::transparent);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
-    m_arrangement.paint(painter, whole);
+    m_arrangement.paint(painter, m_now, whole);
     update(entranceTransform().mapRect(whole.translated(m_cardPosition)).toAlignedRect());
 }
 

@@ -27,8 +27,10 @@ public:
     OverlayView(OverlayScene scene, Instant now);
     ~OverlayView() override;
 
-    /// The time that the card shows.
+    /// The time that the card shows. Only what looks different is painted again.
     void setNow(Instant now);
+    /// Seconds until the card looks different, more than 0; infinite where it stands still.
+    [[nodiscard]] double untilChange() const;
     /// Without motion the card is there at once and buttons do not move. Set before showing.
     void setMotion(bool moves);
     /// Lets the card come up, once, from now on.
@@ -53,8 +55,9 @@ private:
     void placeChildren();
     void addButton(const QString &tag, const QString &label);
     void buttonChanged(const QString &tag);
-    [[nodiscard]] Arrangement arranged() const;
+    void arrange();
     void paintCard(const QRectF &dirty);
+    void paintCardIn(QPainter &painter) const;
     [[nodiscard]] QRectF cardPicture() const;
     [[nodiscard]] QTransform entranceTransform() const;
 

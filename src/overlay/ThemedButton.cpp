@@ -10,6 +10,7 @@ namespace {
 constexpr int labelSize = 18;
 constexpr double symbolSize = 22;
 constexpr double focusOutset = 4;
+constexpr double glowRadius = 18;
 
 Shape shape(ButtonLook look)
 {
@@ -20,6 +21,12 @@ QColor brightened(const QColor &colour, double amount)
 {
     const auto raised = [amount](float part) { return std::min(1.0F, part + static_cast<float>(amount)); };
     return QColor::fromRgbF(raised(colour.redF()), raised(colour.greenF()), raised(colour.blueF()), colour.alphaF());
+}
+
+Element primaryFrame(const OverlayTheme &theme, double raise, Element label)
+{
+    const QColor fill = brightened(theme.accent, raise);
+    return glowing(glowRadius, faded(fill, theme.glow ? 0.6 : 0), filled(shape(theme.button), fill, std::move(label)));
 }
 
 /// The frame behind a secondary button's label.
@@ -56,8 +63,7 @@ Element themedButton(const QString &label, const QString &symbolName, const Over
     const Element content =
         symbolName.isEmpty() ? Element(words) : horizontal(9, {symbol(symbolName, symbolSize, ink), words});
     const Element room = padded({28, 14, 28, 14}, content);
-    const Element framed = isPrimary ? filled(shape(theme.button), brightened(theme.accent, raise), room)
-                                     : secondaryFrame(theme, state.hover, room);
+    const Element framed = isPrimary ? primaryFrame(theme, raise, room) : secondaryFrame(theme, state.hover, room);
     return scaled(state.scale, withFocusRing(theme, state.focused, framed));
 }
 

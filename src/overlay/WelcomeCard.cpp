@@ -44,7 +44,7 @@ Element WelcomeCard::element(Instant now, const ButtonStates &buttons) const
         content.next ? nextMeetingLine(isolated(content.next->title), content.next->start, now) : nextLine(now);
     const QFont lineFont = designFont(theme.font, 20);
     return vertical(
-        20, {symbol(u"checkmark-circle"_s, 72, theme.accent),
+        20, {glowing(24, faded(theme.accent, theme.glow ? 0.7 : 0), symbol(u"checkmark-circle"_s, 72, theme.accent)),
              padded({0, 6, 0, 0},
                     text(u"Kelp is set up"_s).font(designFont(theme.font, 56, theme.titleWeight)).colour(theme.text)),
              vertical(

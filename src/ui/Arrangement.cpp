@@ -1,9 +1,12 @@
 #include "ui/Arrangement.h"
 
+#include "ui/Glow.h"
+
 #include <QPainter>
 #include <QStringList>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -17,21 +20,75 @@ std::optional<QRectF> Arrangement::frameOf(const QString &tag) const
     return found == m_tagged.end() ? std::nullopt : std::optional(found->frame);
 }
 
-void Arrangement::paint(QPainter &painter, const QRectF &dirty) const
+QRectF Arrangement::bounds() const
+{
+    QRectF result;
+    for (const Painting &painting : m_paintings)
+        result |= painting.placement.mapRect(painting.bounds);
+    return result;
+}
+
+void Arrangement::paint(QPainter &painter, Instant now, const QRectF &dirty) const
 {
     for (const Painting &painting : m_paintings) {
         if (!dirty.isEmpty() && !painting.placement.mapRect(painting.bounds).intersects(dirty))
             continue;
         painter.save();
         painter.setTransform(painting.placement, true);
-        painting.paint(painter);
+        painting.picture.paint(painter, now);
         painter.restore();
     }
 }
 
+double Arrangement::untilChange(Instant now, double density) const
+{
+    double result = std::numeric_limits<double>::infinity();
+    for (const Painting &painting : m_paintings) {
+        if (painting.picture.untilChange)
+            result = std::min(result, painting.picture.untilChange(now, density));
+    }
+    return result;
+}
+
+std::vector<QRectF> Arrangement::changed(Instant from, Instant to) const
+{
+    std::vector<QRectF> result;
+    for (const Painting &painting : m_paintings) {
+        const QRectF own = painting.picture.changed ? painting.picture.changed(from, to) : QRectF();
+        if (own.isEmpty())
+            continue;
+        // What overlaps is one part: a shape and its light are not painted twice.
+        QRectF part = painting.placement.mapRect(own);
+        std::erase_if(result, [&](const QRectF &other) {
+            const bool overlaps = other.intersects(part);
+            if (overlaps)
+                part |= other;
+            return overlaps;
+        });
+        result.push_back(part);
+    }
+    return result;
+}
+
+void Arrangement::inheritGlows(const Arrangement &before)
+{
+    for (std::size_t i = 0; i < std::min(m_glows.size(), before.m_glows.size()); ++i)
+        m_glows[i]->inherit(*before.m_glows[i]);
+}
+
+void Arrangement::addPicture(const QRectF &bounds, Picture picture)
+{
+    m_paintings.push_back({{}, bounds, std::move(picture)});
+}
+
 void Arrangement::addPainting(const QRectF &bounds, std::function<void(QPainter &)> paint)
 {
-    m_paintings.push_back({{}, bounds, std::move(paint)});
+    addPicture(bounds, {[paint = std::move(paint)](QPainter &painter, Instant) { paint(painter); }});
+}
+
+void Arrangement::addGlow(std::shared_ptr<Glow> glow)
+{
+    m_glows.push_back(std::move(glow));
 }
 
 void Arrangement::addText(const QString &text)
@@ -42,11 +99,12 @@ void Arrangement::addText(const QString &text)
 void Arrangement::addChild(const Arrangement &child, const QTransform &placement)
 {
     for (const Painting &painting : child.m_paintings)
-        m_paintings.push_back({painting.placement * placement, painting.bounds, painting.paint});
+        m_paintings.push_back({painting.placement * placement, painting.bounds, painting.picture});
     for (const Text &each : child.m_texts)
         m_texts.push_back({each.text, placement.mapRect(each.frame)});
     for (const Tagged &each : child.m_tagged)
         m_tagged.push_back({each.tag, each.label, placement.mapRect(each.frame)});
+    m_glows.insert(m_glows.end(), child.m_glows.begin(), child.m_glows.end());
 }
 
 void Arrangement::addChild(const Arrangement &child, QPointF position)

@@ -1,16 +1,32 @@
 #pragma once
 
+#include "base/Instant.h"
+
 #include <QRectF>
 #include <QString>
 #include <QTransform>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
 class QPainter;
 
 namespace kelp {
+
+class Glow;
+
+/// Something that paints itself. Where it changes with the time by itself, it says when and where.
+struct Picture
+{
+    std::function<void(QPainter &painter, Instant now)> paint;
+    /// Seconds from `now` until it looks different on `density` pixels per point, more than 0; infinite where it does
+    /// not any more. None: it stands still.
+    std::function<double(Instant now, double density)> untilChange = {};
+    /// All that differs between the two moments.
+    std::function<QRectF(Instant from, Instant to)> changed = {};
+};
 
 /// A tree of elements laid out: what to paint where, which texts there are, and where the tagged elements lie.
 /// All lengths are logical points; the origin is the top left corner.
@@ -40,13 +56,24 @@ public:
     /// The frame of the first element with this tag.
     [[nodiscard]] std::optional<QRectF> frameOf(const QString &tag) const;
 
-    /// Paints everything that touches `dirty`; an empty rectangle stands for all of it.
-    void paint(QPainter &painter, const QRectF &dirty = {}) const;
+    /// All that is painted, which may reach beyond the frame.
+    [[nodiscard]] QRectF bounds() const;
+
+    /// Paints everything that touches `dirty`, as it looks at `now`; an empty rectangle stands for all of it.
+    void paint(QPainter &painter, Instant now, const QRectF &dirty = {}) const;
+    /// Seconds from `now` until something in it looks different, more than 0; infinite where all of it stands still.
+    [[nodiscard]] double untilChange(Instant now, double density) const;
+    /// The parts that differ between the two moments.
+    [[nodiscard]] std::vector<QRectF> changed(Instant from, Instant to) const;
+    /// Takes over what an earlier arrangement of the same elements has baked.
+    void inheritGlows(const Arrangement &before);
 
     // For the elements, which build it up from their children.
     void setSize(QSizeF size) { m_size = size; }
-    /// `bounds` is all that `paint` touches.
+    /// `bounds` is all that the picture touches.
+    void addPicture(const QRectF &bounds, Picture picture);
     void addPainting(const QRectF &bounds, std::function<void(QPainter &)> paint);
+    void addGlow(std::shared_ptr<Glow> glow);
     void addText(const QString &text);
     void addChild(const Arrangement &child, const QTransform &placement);
     void addChild(const Arrangement &child, QPointF position);
@@ -58,13 +85,14 @@ private:
     {
         QTransform placement;
         QRectF bounds;
-        std::function<void(QPainter &)> paint;
+        Picture picture;
     };
 
     QSizeF m_size;
     std::vector<Painting> m_paintings;
     std::vector<Text> m_texts;
     std::vector<Tagged> m_tagged;
+    std::vector<std::shared_ptr<Glow>> m_glows;
 };
 
 } // namespace kelp

@@ -1,19 +1,15 @@
 #include "ui/ElementNode.h"
+#include "ui/Glow.h"
 #include "ui/Symbols.h"
 
 #include <QPainter>
 
 #include <algorithm>
-#include <cmath>
-#include <numeric>
 #include <utility>
 
 namespace kelp {
 
 namespace {
-
-/// Wider than any screen: "as wide as it likes to be".
-constexpr double unbounded = 1e5;
 
 class Symbol final : public Element::Node
 {
@@ -36,81 +32,25 @@ private:
     QColor m_colour;
 };
 
-class Vertical final : public Element::Node
+class Drawing final : public Element::Node
 {
 public:
-    Vertical(double spacing, std::vector<Element> children) : m_spacing(spacing), m_children(std::move(children)) {}
-
-    [[nodiscard]] Arrangement arrange(double maxWidth) const override
+    Drawing(const QSizeF &size, double reach, Picture picture)
+        : m_size(size), m_reach(reach), m_picture(std::move(picture))
     {
-        std::vector<Arrangement> rows;
-        double width = 0;
-        for (const Element &child : m_children) {
-            rows.push_back(child.arrange(maxWidth));
-            width = std::max(width, rows.back().size().width());
-        }
-        Arrangement result;
-        double y = 0;
-        for (const Arrangement &row : rows) {
-            // Whole points keep the edges of shapes sharp.
-            result.addChild(row, QPointF(std::floor((width - row.size().width()) / 2), y));
-            y += row.size().height() + m_spacing;
-        }
-        result.setSize({width, std::max(0.0, y - m_spacing)});
+    }
+
+    [[nodiscard]] Arrangement arrange(double) const override
+    {
+        Arrangement result(m_size);
+        result.addPicture(result.frame().adjusted(-m_reach, -m_reach, m_reach, m_reach), m_picture);
         return result;
     }
 
 private:
-    double m_spacing;
-    std::vector<Element> m_children;
-};
-
-class Horizontal final : public Element::Node
-{
-public:
-    Horizontal(double spacing, std::vector<Element> children) : m_spacing(spacing), m_children(std::move(children)) {}
-
-    [[nodiscard]] Arrangement arrange(double maxWidth) const override
-    {
-        std::vector<Arrangement> columns;
-        for (const Element &child : m_children)
-            columns.push_back(child.arrange(unbounded));
-        narrowWidest(columns, maxWidth);
-
-        double height = 0;
-        for (const Arrangement &column : columns)
-            height = std::max(height, column.size().height());
-        Arrangement result;
-        double x = 0;
-        for (const Arrangement &column : columns) {
-            result.addChild(column, QPointF(x, std::floor((height - column.size().height()) / 2)));
-            x += column.size().width() + m_spacing;
-        }
-        result.setSize({std::max(0.0, x - m_spacing), height});
-        return result;
-    }
-
-private:
-    void narrowWidest(std::vector<Arrangement> &columns, double maxWidth) const
-    {
-        if (columns.empty())
-            return;
-        const double gaps = m_spacing * static_cast<double>(columns.size() - 1);
-        const double total =
-            std::accumulate(columns.begin(), columns.end(), gaps,
-                            [](double sum, const Arrangement &each) { return sum + each.size().width(); });
-        if (total <= maxWidth)
-            return;
-        const auto widest =
-            std::max_element(columns.begin(), columns.end(), [](const Arrangement &a, const Arrangement &b) {
-                return a.size().width() < b.size().width();
-            });
-        const auto index = static_cast<std::size_t>(widest - columns.begin());
-        *widest = m_children[index].arrange(std::max(0.0, widest->size().width() - (total - maxWidth)));
-    }
-
-    double m_spacing;
-    std::vector<Element> m_children;
+    QSizeF m_size;
+    double m_reach;
+    Picture m_picture;
 };
 
 class Padded final : public Element::Node
@@ -164,6 +104,49 @@ private:
     QBrush m_brush;
     QPen m_pen;
     double m_outset;
+    Element m_child;
+};
+
+class Glowing final : public Element::Node
+{
+public:
+    Glowing(double radius, const QColor &colour, Element child)
+        : m_radius(radius), m_colour(colour), m_child(std::move(child))
+    {
+    }
+
+    [[nodiscard]] Arrangement arrange(double maxWidth) const override
+    {
+        const Arrangement child = m_child.arrange(maxWidth);
+        if (m_colour.alpha() == 0)
+            return child;
+        Arrangement result(child.size());
+        const auto glow = std::make_shared<Glow>(child.bounds(), m_radius, m_colour);
+        result.addPicture(glow->bounds(), lightOf(child, glow));
+        result.addGlow(glow);
+        result.addChild(child, QPointF());
+        return result;
+    }
+
+private:
+    static Picture lightOf(const Arrangement &child, const std::shared_ptr<Glow> &glow)
+    {
+        const double reach = child.bounds().left() - glow->bounds().left();
+        return {.paint = [child,
+                          glow](QPainter &painter,
+                                Instant now) { glow->paint(painter, [&](QPainter &mask) { child.paint(mask, now); }); },
+                .untilChange = [child](Instant now, double density) { return child.untilChange(now, density); },
+                .changed =
+                    [child, reach](Instant from, Instant to) {
+                        QRectF all;
+                        for (const QRectF &part : child.changed(from, to))
+                            all |= part.adjusted(-reach, -reach, reach, reach);
+                        return all;
+                    }};
+    }
+
+    double m_radius;
+    QColor m_colour;
     Element m_child;
 };
 
@@ -233,14 +216,9 @@ Element symbol(const QString &name, double size, const QColor &colour)
     return Element(std::make_shared<Symbol>(name, size, colour));
 }
 
-Element vertical(double spacing, std::vector<Element> children)
+Element drawing(const QSizeF &size, double reach, Picture picture)
 {
-    return Element(std::make_shared<Vertical>(spacing, std::move(children)));
-}
-
-Element horizontal(double spacing, std::vector<Element> children)
-{
-    return Element(std::make_shared<Horizontal>(spacing, std::move(children)));
+    return Element(std::make_shared<Drawing>(size, reach, std::move(picture)));
 }
 
 Element padded(const QMarginsF &margins, Element child)
@@ -256,6 +234,11 @@ Element filled(Shape shape, const QBrush &brush, Element child)
 Element outlined(Shape shape, const QPen &pen, double outset, Element child)
 {
     return Element(std::make_shared<Framed>(shape, QBrush(Qt::NoBrush), pen, outset, std::move(child)));
+}
+
+Element glowing(double radius, const QColor &colour, Element child)
+{
+    return Element(std::make_shared<Glowing>(radius, colour, std::move(child)));
 }
 
 Element atMost(double width, Element child)

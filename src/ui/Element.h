@@ -8,6 +8,7 @@
 #include <QPen>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace kelp {
@@ -55,6 +56,8 @@ public:
     [[nodiscard]] Text shrink(double least) const;
     /// Every digit takes the same room, so that a running figure stands still. One line, never cut.
     [[nodiscard]] Text fixedDigits() const;
+    /// A cursor in this colour follows the last letter and blinks. Not said aloud.
+    [[nodiscard]] Text cursor(const QColor &colour) const;
 
     operator Element() const; // NOLINT: a text is an element wherever one is wanted
 
@@ -65,6 +68,7 @@ public:
         int lines = 1;
         double shrink = 1;
         bool fixedDigits = false;
+        std::optional<QColor> cursor = {};
     };
 
 private:
@@ -76,6 +80,11 @@ private:
 /// One of Kelp's own symbols (resources/symbols) in one colour, `size` points high and wide.
 [[nodiscard]] Element symbol(const QString &name, double size, const QColor &colour);
 
+/// A picture that takes `size` and may reach `reach` points beyond it on every side.
+[[nodiscard]] Element drawing(const QSizeF &size, double reach, Picture picture);
+
+/// One upon the other, the first one at the back, centred.
+[[nodiscard]] Element layered(std::vector<Element> children);
 /// One below the other, centred, `spacing` points between them.
 [[nodiscard]] Element vertical(double spacing, std::vector<Element> children);
 /// Side by side, vertically centred. Where they do not fit, the widest one gets the room that is left.
@@ -85,6 +94,9 @@ private:
 [[nodiscard]] Element filled(Shape shape, const QBrush &brush, Element child);
 /// The child within an outline that lies `outset` points outside of its frame and takes no room.
 [[nodiscard]] Element outlined(Shape shape, const QPen &pen, double outset, Element child);
+/// The child in front of the light that it casts: its own shape, blurred by `radius` points, in that colour. Takes no
+/// room, and a colour that cannot be seen costs nothing.
+[[nodiscard]] Element glowing(double radius, const QColor &colour, Element child);
 [[nodiscard]] Element atMost(double width, Element child);
 /// Drawn larger or smaller about its centre; the room it takes stays the same.
 [[nodiscard]] Element scaled(double factor, Element child);

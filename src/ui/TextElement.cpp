@@ -1,3 +1,4 @@
+#include "ui/Blink.h"
 #include "ui/ElementNode.h"
 #include "ui/PlainText.h"
 #include "ui/TextFit.h"
@@ -14,6 +15,8 @@ namespace kelp {
 
 namespace {
 
+const QString cursorSign = u"_"_s;
+
 class TextNode final : public Element::Node
 {
 public:
@@ -27,20 +30,58 @@ public:
 private:
     [[nodiscard]] Arrangement arrangeLines(double maxWidth) const
     {
-        const FittedText fitted = fitText(m_text, m_style.font, maxWidth, m_style.lines, m_style.shrink);
+        const QString whole = m_style.cursor ? m_text + cursorSign : m_text;
+        FittedText fitted = fitText(whole, m_style.font, maxWidth, m_style.lines, m_style.shrink);
         const QFontMetricsF metrics(fitted.font);
         const double lineHeight = std::ceil(metrics.height());
         Arrangement result(QSizeF(std::ceil(fitted.width), lineHeight * static_cast<double>(fitted.lines.size())));
-        paintWithin(result, fitted.font,
-                    [fitted, metrics, lineHeight, width = result.size().width()](QPainter &painter) {
-                        painter.setLayoutDirection(fitted.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
-                        double baseline = metrics.ascent();
-                        for (const QString &line : fitted.lines) {
-                            painter.drawText(QPointF((width - metrics.horizontalAdvance(line)) / 2, baseline), line);
-                            baseline += lineHeight;
-                        }
-                    });
+        const double cursorWidth = takeCursor(fitted) ? metrics.horizontalAdvance(cursorSign) : 0;
+        std::vector<QPointF> starts;
+        for (const QString &line : fitted.lines) {
+            starts.emplace_back((result.size().width() - metrics.horizontalAdvance(line)) / 2,
+                                metrics.ascent() + lineHeight * static_cast<double>(starts.size()));
+        }
+        if (cursorWidth > 0) {
+            // A sign without a direction stands where the text ends: on the left of one that runs from right to left.
+            const double end = metrics.horizontalAdvance(fitted.lines.last());
+            QPointF &last = starts.back();
+            last.rx() -= cursorWidth / 2;
+            addCursor(result, fitted.font, last + QPointF(fitted.rightToLeft ? 0 : end, 0), cursorWidth);
+            last.rx() += fitted.rightToLeft ? cursorWidth : 0;
+        }
+        paintWithin(result, fitted.font, [fitted, starts](QPainter &painter) {
+            painter.setLayoutDirection(fitted.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+            for (qsizetype i = 0; i < fitted.lines.size(); ++i)
+                painter.drawText(starts[static_cast<std::size_t>(i)], fitted.lines[i]);
+        });
         return result;
+    }
+
+    /// Whether there was a cursor: it is gone where the text was cut.
+    [[nodiscard]] bool takeCursor(FittedText &fitted) const
+    {
+        if (!m_style.cursor || !fitted.lines.last().endsWith(cursorSign))
+            return false;
+        fitted.lines.last().chop(1);
+        return true;
+    }
+
+    void addCursor(Arrangement &result, const QFont &font, QPointF position, double width) const
+    {
+        const QFontMetricsF metrics(font);
+        const QRectF box(position.x() - 2, position.y() - metrics.ascent(), width + 4, metrics.height());
+        result.addPicture(
+            box, {.paint =
+                      [font, position, colour = *m_style.cursor](QPainter &painter, Instant now) {
+                          if (!Blink::isLit(now))
+                              return;
+                          painter.setFont(font);
+                          painter.setPen(colour);
+                          painter.drawText(position, cursorSign);
+                      },
+                  .untilChange = [](Instant now, double) { return Blink::untilTurn(now); },
+                  .changed = [box](Instant from,
+                                   Instant to) { return Blink::isLit(from) == Blink::isLit(to) ? QRectF() : box; }});
     }
 
     [[nodiscard]] Arrangement arrangeDigits() const
@@ -135,6 +176,13 @@ Text Text::fixedDigits() const
 {
     Text copy = *this;
     copy.m_style.fixedDigits = true;
+    return copy;
+}
+
+Text Text::cursor(const QColor &colour) const
+{
+    Text copy = *this;
+    copy.m_style.cursor = colour;
     return copy;
 }
 

@@ -2,6 +2,7 @@
 #include "overlay/OverlayScene.h"
 #include "overlay/OverlayView.h"
 #include "support/SampleMeetings.h"
+#include "support/SampleThemes.h"
 
 #include <QDir>
 #include <QImage>
@@ -20,6 +21,7 @@ class tst_OverlayPictures : public QObject
 private Q_SLOTS:
     void staysWithinTheScreenAndKeepsItsMargins_data();
     void staysWithinTheScreenAndKeepsItsMargins();
+    void liveWindowShowsTheSamePicture_data();
     void liveWindowShowsTheSamePicture();
 };
 
@@ -74,21 +76,29 @@ void tst_OverlayPictures::staysWithinTheScreenAndKeepsItsMargins_data()
     QTest::addColumn<QSize>("size");
     QTest::addColumn<double>("density");
     QTest::addColumn<ButtonStates>("buttons");
+    QTest::addColumn<OverlayTheme>("theme");
+    QTest::addColumn<bool>("ring");
 
     using sample::designReview;
     using sample::titled;
     const OverlayContent review = MeetingContent{designReview(), {}};
     const OverlayContent withPrevious = MeetingContent{designReview(), sample::budgetPlanning()};
-    QTest::newRow("1440x900") << review << QSize(1440, 900) << 1.0 << ButtonStates();
-    QTest::newRow("1280x720") << withPrevious << QSize(1280, 720) << 1.0 << ButtonStates();
-    QTest::newRow("3840x2160") << withPrevious << QSize(1920, 1080) << 2.0 << ButtonStates();
-    QTest::newRow("1080x1920") << review << QSize(1080, 1920) << 1.0 << ButtonStates();
-    QTest::newRow("800x600") << withPrevious << QSize(800, 600) << 1.0 << ButtonStates();
-    QTest::newRow("fraction") << review << QSize(1440, 900) << 1.5 << ButtonStates();
+    QTest::newRow("1440x900") << review << QSize(1440, 900) << 1.0 << ButtonStates() << OverlayTheme::midnight()
+                              << false;
+    QTest::newRow("1280x720") << withPrevious << QSize(1280, 720) << 1.0 << ButtonStates() << OverlayTheme::midnight()
+                              << false;
+    QTest::newRow("3840x2160") << withPrevious << QSize(1920, 1080) << 2.0 << ButtonStates() << OverlayTheme::midnight()
+                               << false;
+    QTest::newRow("1080x1920") << review << QSize(1080, 1920) << 1.0 << ButtonStates() << OverlayTheme::midnight()
+                               << false;
+    QTest::newRow("800x600") << withPrevious << QSize(800, 600) << 1.0 << ButtonStates() << OverlayTheme::midnight()
+                             << false;
+    QTest::newRow("fraction") << review << QSize(1440, 900) << 1.5 << ButtonStates() << OverlayTheme::midnight()
+                              << false;
     const auto title = [&](const char *name, const QString &words) {
         QTest::newRow(name) << OverlayContent(MeetingContent{titled(designReview(), words),
                                                              titled(sample::budgetPlanning(), words)})
-                            << QSize(1280, 720) << 1.0 << ButtonStates();
+                            << QSize(1280, 720) << 1.0 << ButtonStates() << OverlayTheme::midnight() << false;
     };
     title("long title",
           u"Quarterly planning for the northern region with everybody who has a say in it and some who do not, "
@@ -101,14 +111,27 @@ void tst_OverlayPictures::staysWithinTheScreenAndKeepsItsMargins_data()
     title("emoji", u"🎉 Launch party 🚀 with the team 👩‍💻"_s);
     title("hostile", u"<b>Bold</b>\n\tline\r\n\u202Eoverridden\u0007 &amp; &File"_s);
     QTest::newRow("no link") << OverlayContent(MeetingContent{sample::withoutLink(designReview()), {}})
-                             << QSize(1440, 900) << 1.0 << ButtonStates();
+                             << QSize(1440, 900) << 1.0 << ButtonStates() << OverlayTheme::midnight() << false;
     const ButtonStates inUse{{tag::join, {.focused = true}},
                              {tag::snooze, {.hover = 1, .scale = 1.03}},
                              {tag::dismiss, {.hover = 1, .scale = 0.96}},
                              {tag::joinPrevious, {.hover = 1, .focused = true}}};
-    QTest::newRow("buttons in use") << withPrevious << QSize(1440, 900) << 1.0 << inUse;
+    QTest::newRow("buttons in use") << withPrevious << QSize(1440, 900) << 1.0 << inUse << OverlayTheme::midnight()
+                                    << false;
     QTest::newRow("welcome") << OverlayContent(WelcomeContent{u"ada@example.com"_s, 3, designReview()})
-                             << QSize(1440, 900) << 1.0 << ButtonStates();
+                             << QSize(1440, 900) << 1.0 << ButtonStates() << OverlayTheme::midnight() << false;
+    const auto withRing = [&](const char *name, QSize size, double density, const OverlayTheme &theme,
+                              const OverlayContent &content) {
+        QTest::newRow(name) << content << size << density << inUse << theme << true;
+    };
+    withRing("ring 1440x900", {1440, 900}, 1, OverlayTheme::midnight(), withPrevious);
+    withRing("ring 1280x720", {1280, 720}, 1, OverlayTheme::midnight(), withPrevious);
+    withRing("ring 3840x2160", {1920, 1080}, 2, OverlayTheme::midnight(), review);
+    withRing("glowing ring 1440x900", {1440, 900}, 1, sample::glowing(), withPrevious);
+    withRing("glowing ring 1280x720", {1280, 720}, 1, sample::glowing(), withPrevious);
+    withRing("glowing ring 3840x2160", {1920, 1080}, 2, sample::glowing(), review);
+    withRing("terminal ring", {1440, 900}, 1, sample::terminal(), review);
+    withRing("glowing welcome", {1440, 900}, 1, sample::glowing(), WelcomeContent{u"ada@example.com"_s, 3, {}});
 }
 
 void tst_OverlayPictures::staysWithinTheScreenAndKeepsItsMargins()
@@ -117,9 +140,11 @@ void tst_OverlayPictures::staysWithinTheScreenAndKeepsItsMargins()
     QFETCH(QSize, size);
     QFETCH(double, density);
     QFETCH(ButtonStates, buttons);
+    QFETCH(OverlayTheme, theme);
+    QFETCH(bool, ring);
     QImage image = blank(size, density);
     QPainter painter(&image);
-    const OverlayScene scene{content, OverlayTheme::midnight(), {.snoozeMinutes = 5}};
+    const OverlayScene scene{content, theme, {.ringCountdown = ring, .snoozeMinutes = 5}};
     scene.paint(painter, size, sample::ten - 47, buttons);
     painter.end();
     save(image, u"overlay-"_s + QLatin1StringView(QTest::currentDataTag()).toString().replace(u' ', u'-'));
@@ -134,11 +159,23 @@ void tst_OverlayPictures::staysWithinTheScreenAndKeepsItsMargins()
     QVERIFY(std::abs(ink.center().y() - image.rect().center().y()) <= 24 * density);
 }
 
+void tst_OverlayPictures::liveWindowShowsTheSamePicture_data()
+{
+    QTest::addColumn<OverlayTheme>("theme");
+    QTest::addColumn<bool>("ring");
+    QTest::newRow("pill") << OverlayTheme::midnight() << false;
+    QTest::newRow("ring") << OverlayTheme::midnight() << true;
+    QTest::newRow("glowing ring") << sample::glowing() << true;
+    QTest::newRow("cursor") << sample::terminal() << false;
+}
+
 void tst_OverlayPictures::liveWindowShowsTheSamePicture()
 {
+    QFETCH(OverlayTheme, theme);
+    QFETCH(bool, ring);
     const QSize size(1280, 720);
     const OverlayScene scene{
-        MeetingContent{sample::designReview(), sample::budgetPlanning()}, OverlayTheme::midnight(), {}};
+        MeetingContent{sample::designReview(), sample::budgetPlanning()}, theme, {.ringCountdown = ring}};
     QImage still = blank(size, 1);
     QPainter painter(&still);
     scene.paint(painter, size, sample::ten - 9);
@@ -150,7 +187,8 @@ void tst_OverlayPictures::liveWindowShowsTheSamePicture()
     view.resize(size);
     view.render(&live);
     QVERIFY(greatestDifference(live, still) > 100);
-    view.setNow(sample::ten - 10);
+    for (double remaining = 10.3; remaining > 9; remaining -= 0.05)
+        view.setNow(sample::ten - remaining);
     view.setNow(sample::ten - 9);
     view.render(&live);
     QVERIFY(greatestDifference(live, still) <= 2); // blending in two steps rounds twice

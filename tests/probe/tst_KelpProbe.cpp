@@ -152,6 +152,12 @@ void tst_KelpProbe::writesTexts_data()
         "showAttendees":true,"showCalendar":true}})", u"09:00 – 09:30  ·  5 people  ·  Work"_s);
     row(R"({"fn":"card.details","args":{"start":1767258000,"end":1767259800,"attendees":1,"calendar":"Work",
         "showAttendees":true,"showCalendar":false}})", u"09:00 – 09:30"_s);
+    row(R"({"fn":"ring.label","args":{"remaining":299}})", u"4:59"_s);
+    row(R"({"fn":"ring.label","args":{"remaining":-7}})", u"+0:07"_s);
+    row(R"({"fn":"ring.label","args":{"remaining":0}})", u"now"_s);
+    row(R"({"fn":"ring.caption","args":{"remaining":0.4}})", u"until start"_s);
+    row(R"({"fn":"ring.caption","args":{"remaining":-4.9}})", u"starting"_s);
+    row(R"({"fn":"ring.caption","args":{"remaining":-5}})", u"since start"_s);
     row(R"({"fn":"welcome.connected","args":{"email":"a@x","calendars":2}})", u"Connected to a@x · 2 calendars"_s);
     row(R"({"fn":"welcome.connected","args":{"calendars":1}})", u"Connected to Google · 1 calendar"_s);
     row(R"({"fn":"welcome.next","args":{}})", u"No meetings in the next 24 hours"_s);

@@ -111,7 +111,7 @@ void tst_Element::paintsOnlyWhatTouchesTheDirtyPart()
     QImage image(20, 10, QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
-    row.paint(painter, QRectF(12, 2, 2, 2));
+    row.paint(painter, {}, QRectF(12, 2, 2, 2));
     painter.end();
     QCOMPARE(image.pixelColor(5, 5), QColor(Qt::white));
     QCOMPARE(image.pixelColor(15, 5), QColor(Qt::blue));
@@ -145,7 +145,7 @@ void tst_Element::symbolsAreDrawnInTheirColour()
     QPainter painter(&image);
     const Arrangement arrangement = symbol(name, 48, Qt::red).arrange(500);
     QCOMPARE(arrangement.size(), QSizeF(48, 48));
-    arrangement.paint(painter);
+    arrangement.paint(painter, {});
     painter.end();
     int red = 0;
     for (int y = 0; y < 48; ++y) {

@@ -2,6 +2,7 @@
 #include "Streams.h"
 
 #include "base/Json.h"
+#include "overlay/CountdownRing.h"
 #include "overlay/MeetingCard.h"
 #include "overlay/WelcomeCard.h"
 
@@ -19,7 +20,10 @@ namespace {
 
 using Arguments = QJsonObject;
 
-Instant instant(const Arguments &arguments, QLatin1StringView name) { return {arguments.value(name).toDouble()}; }
+Instant instant(const Arguments &arguments, QLatin1StringView name)
+{
+    return {arguments.value(name).toDouble()};
+}
 
 QString cardCountdown(const Arguments &arguments)
 {
@@ -38,6 +42,19 @@ QString cardDetails(const Arguments &arguments)
     return card.details();
 }
 
+double remaining(const Arguments &arguments)
+{
+    return arguments.value("remaining"_L1).toDouble();
+}
+QString ringLabel(const Arguments &arguments)
+{
+    return CountdownRing::label(remaining(arguments));
+}
+QString ringCaption(const Arguments &arguments)
+{
+    return CountdownRing::caption(remaining(arguments));
+}
+
 QString welcomeConnected(const Arguments &arguments)
 {
     WelcomeCard card;
@@ -51,8 +68,8 @@ QString welcomeNext(const Arguments &arguments)
 {
     WelcomeCard card;
     if (arguments.value("start"_L1).isDouble()) {
-        card.content.next = Meeting{.title = arguments.value("title"_L1).toString(),
-                                    .start = instant(arguments, "start"_L1)};
+        card.content.next =
+            Meeting{.title = arguments.value("title"_L1).toString(), .start = instant(arguments, "start"_L1)};
     }
     return card.nextLine(instant(arguments, "now"_L1));
 }
@@ -62,6 +79,8 @@ const QHash<QString, std::function<QString(const Arguments &)>> &functions()
     static const QHash<QString, std::function<QString(const Arguments &)>> table{
         {u"card.countdown"_s, cardCountdown},
         {u"card.details"_s, cardDetails},
+        {u"ring.label"_s, ringLabel},
+        {u"ring.caption"_s, ringCaption},
         {u"welcome.connected"_s, welcomeConnected},
         {u"welcome.next"_s, welcomeNext},
     };
