@@ -54,14 +54,9 @@ OverlayView::OverlayView(OverlayScene scene, Instant now)
     createChildren();
     setFocus(); // not the first button: nothing is chosen until the user presses Tab
     connect(&m_entranceMotion, &QVariantAnimation::valueChanged, this, [this](const QVariant &seconds) {
-        const QRectF before = entranceTransform().mapRect(cardPicture());
-        m_entrance = entranceSpring.position(seconds.toDouble() - entranceDelay);
-        update(before.united(entranceTransform().mapRect(cardPicture())).toAlignedRect());
+        setEntrance(entranceSpring.position(seconds.toDouble() - entranceDelay));
     });
-    connect(&m_entranceMotion, &QVariantAnimation::finished, this, [this] {
-        m_entrance = 1;
-        update();
-    });
+    connect(&m_entranceMotion, &QVariantAnimation::finished, this, [this] { setEntrance(1); });
 }
 
 OverlayView::~OverlayView()
@@ -111,6 +106,13 @@ void OverlayView::playEntrance()
     m_entranceMotion.setEndValue(seconds);
     m_entranceMotion.setDuration(static_cast<int>(std::lround(seconds * 1000)));
     m_entranceMotion.start();
+}
+
+void OverlayView::setEntrance(double part)
+{
+    const QRectF before = entranceTransform().mapRect(cardPicture());
+    m_entrance = part;
+    update(before.united(entranceTransform().mapRect(cardPicture())).toAlignedRect());
 }
 
 void OverlayView::setBlend(const QPixmap &behind, double shown)

@@ -35,6 +35,8 @@ public:
     void setMotion(bool moves);
     /// Lets the card come up, once, from now on.
     void playEntrance();
+    /// How far the card has come up: 0 not at all, 1 it is there; a spring passes 1 before it settles.
+    void setEntrance(double part);
     /// Blends the whole view with `behind`; `shown` (0…1) is the view's part.
     void setBlend(const QPixmap &behind, double shown);
 

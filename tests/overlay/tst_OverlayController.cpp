@@ -61,6 +61,10 @@ private Q_SLOTS:
     void showsWhileTheOldOneFadesOut();
     void theCountdownRunsWithTheClock();
     void theCountdownFollowsAJumpOfTheClock();
+    void theRingRunsWithTheClock();
+    void theRingDrainsBetweenTheSeconds();
+    void aScreenAddedLaterCountsDownToo();
+    void nothingWakesUpForACardThatStandsStill();
     void tellsWhenItIsShownAndHidden();
     void withoutScreensNothingIsShownUntilOneComes();
 
@@ -461,6 +465,57 @@ void tst_OverlayController::theCountdownFollowsAJumpOfTheClock()
     clock->jump(sample::ten + 600);
     clock->advance(1.1);
     QCOMPARE(texts().constFirst(), u"Started 10:01 ago"_s);
+}
+
+void tst_OverlayController::theRingRunsWithTheClock()
+{
+    preferences->set(preference::countdownStyle, u"ring"_s);
+    controller->show(review);
+    QCOMPARE(texts().constFirst(), u"1:00 until start"_s);
+    clock->advance(0.6);
+    QCOMPARE(texts().constFirst(), u"0:59 until start"_s);
+    clock->advance(59);
+    QCOMPARE(texts().constFirst(), u"0:00 until start"_s);
+    clock->advance(0.5);
+    QCOMPARE(texts().constFirst(), u"now starting"_s);
+    clock->advance(4);
+    QCOMPARE(texts().constFirst(), u"now starting"_s);
+    clock->advance(1);
+    QCOMPARE(texts().constFirst(), u"+0:05 since start"_s);
+}
+
+void tst_OverlayController::theRingDrainsBetweenTheSeconds()
+{
+    preferences->set(preference::countdownStyle, u"ring"_s);
+    controller->show(review);
+    clock->advance(10.1);
+    const int before = clock->wakeUps();
+    clock->advance(1);
+    QVERIFY2(clock->wakeUps() - before >= 19 && clock->wakeUps() - before <= 21,
+             qPrintable(QString::number(clock->wakeUps() - before)));
+    clock->advance(49);
+    const int after = clock->wakeUps();
+    clock->advance(4);
+    QVERIFY(clock->wakeUps() - after <= 5); // empty: nothing moves
+}
+
+void tst_OverlayController::aScreenAddedLaterCountsDownToo()
+{
+    setOffscreenScreens({});
+    controller->show(review);
+    QVERIFY(!controller->isShown());
+    setOffscreenScreens({left});
+    QTRY_COMPARE(cover->visible().size(), 1);
+    QCOMPARE(texts().constFirst(), u"Starts in 1:00"_s);
+    clock->advance(2);
+    QCOMPARE(texts().constFirst(), u"Starts in 0:58"_s);
+}
+
+void tst_OverlayController::nothingWakesUpForACardThatStandsStill()
+{
+    controller->show(welcome);
+    clock->advance(7.9);
+    QCOMPARE(clock->wakeUps(), 0);
 }
 
 void tst_OverlayController::tellsWhenItIsShownAndHidden()

@@ -6,8 +6,11 @@
 #include <QAccessible>
 #include <QEnterEvent>
 #include <QLabel>
+#include <QPaintEvent>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <cmath>
 
 using namespace kelp;
 using namespace Qt::StringLiterals;
@@ -23,6 +26,9 @@ private Q_SLOTS:
     void tabGoesThroughTheButtonsInOrder();
     void hoverAndPressShowInTheirStates();
     void comesUpWithMotion();
+    void comesUpOutOfABlur();
+    void repaintsOnlyWhatMoves();
+    void saysWhenItLooksDifferent();
     void withoutMotionIsThereAtOnce();
     void blendsWithWhatIsBehind();
 
@@ -122,6 +128,94 @@ void tst_OverlayView::comesUpWithMotion()
     for (int x = 0; x < before.width(); x += 7)
         QVERIFY(qGray(before.pixel(x, before.height() / 2)) < 40);
     QTRY_COMPARE(picture(), there);
+}
+
+void tst_OverlayView::comesUpOutOfABlur()
+{
+    // How sharp the card is: the steepest step from one pixel to the next, as a part of its brightest one.
+    const auto sharpness = [](const QImage &image) {
+        int brightest = 1;
+        int steepest = 0;
+        for (int y = image.height() / 4; y < image.height() * 3 / 4; ++y) {
+            for (int x = 1; x < image.width(); ++x) {
+                const int level = qGray(image.pixel(x, y));
+                brightest = std::max(brightest, level);
+                steepest = std::max(steepest, std::abs(level - qGray(image.pixel(x - 1, y))));
+            }
+        }
+        return static_cast<double>(steepest) / brightest;
+    };
+    const double there = sharpness(picture());
+    QVERIFY(there > 0.6);
+    view->setEntrance(0.25);
+    const double early = sharpness(picture());
+    view->setEntrance(0.7);
+    const double later = sharpness(picture());
+    QVERIFY2(early < 0.4, qPrintable(QString::number(early)));
+    QVERIFY2(later > early && later < there, qPrintable(QString::number(later)));
+    view->setEntrance(1);
+    QCOMPARE(sharpness(picture()), there);
+}
+
+namespace {
+
+/// What a widget was asked to paint.
+class PaintLog : public QObject
+{
+public:
+    explicit PaintLog(QWidget *widget) { widget->installEventFilter(this); }
+    QRegion region;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+};
+
+std::unique_ptr<OverlayView> viewWithRing(const OverlayTheme &theme, Instant now)
+{
+    auto view = std::make_unique<OverlayView>(
+        OverlayScene{MeetingContent{sample::designReview(), {}}, theme, {.ringCountdown = true}}, now);
+    view->resize(1280, 720);
+    return view;
+}
+
+} // namespace
+
+void tst_OverlayView::repaintsOnlyWhatMoves()
+{
+    const auto ring = viewWithRing(OverlayTheme::midnight(), sample::ten - 40);
+    ring->show();
+    QVERIFY(QTest::qWaitForWindowExposed(ring.get()));
+    PaintLog log(ring.get());
+    const auto painted = [&](Instant now) {
+        log.region = {};
+        ring->setNow(now);
+        QCoreApplication::sendPostedEvents();
+        // What was asked for is painted with the next frame; a full repaint would swallow it.
+        ring->repaint(QRegion(0, 0, 1, 1));
+        return (log.region - QRegion(0, 0, 1, 1)).boundingRect();
+    };
+    const QRect arc = painted(sample::ten - 39.95);
+    QVERIFY2(!arc.isEmpty() && arc.width() < 80 && arc.height() < 80, qPrintable(QString::number(arc.width())));
+    const QRect label = painted(sample::ten - 39.4);
+    QVERIFY(label.width() >= 210 && label.width() < 250 && label.height() < 250);
+    painted(sample::ten + 1);
+    QVERIFY(painted(sample::ten + 2).isEmpty()); // "now", and the ring is empty
+}
+
+void tst_OverlayView::saysWhenItLooksDifferent()
+{
+    QVERIFY(view->untilChange() > 0.4); // the pill once a second
+    const auto ring = viewWithRing(OverlayTheme::midnight(), sample::ten - 40);
+    QVERIFY(std::abs(ring->untilChange() - 0.05) < 1e-6);
+    ring->setNow(sample::ten - 200); // full as yet: only its label
+    QVERIFY(std::abs(ring->untilChange() - 0.505) < 1e-6);
+    const OverlayView welcome(OverlayScene{WelcomeContent{{}, 1, {}}, OverlayTheme::midnight(), {}}, sample::ten);
+    QVERIFY(std::isinf(welcome.untilChange()));
 }
 
 void tst_OverlayView::withoutMotionIsThereAtOnce()

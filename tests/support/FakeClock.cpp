@@ -41,6 +41,7 @@ void FakeClock::advance(double seconds)
         passTo(std::max(alarm.at, m_monotonic));
         if (alarm.period > 0)
             add(alarm.period, alarm.period, alarm.context, alarm.action);
+        ++m_wakeUps;
         alarm.action();
     }
     passTo(target);

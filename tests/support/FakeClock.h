@@ -19,6 +19,8 @@ public:
 
     /// Lets time pass: runs what falls due, in order, at its own time.
     void advance(double seconds);
+    /// How many actions have run so far.
+    [[nodiscard]] int wakeUps() const { return m_wakeUps; }
     /// Sets the wall clock; nothing falls due by that.
     void jump(Instant now) { m_now = now; }
 
@@ -37,6 +39,7 @@ private:
     Instant m_now;
     double m_monotonic = 0;
     int m_order = 0;
+    int m_wakeUps = 0;
     QList<Alarm> m_alarms;
 };
 
