@@ -5,6 +5,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace kelp {
@@ -14,10 +15,10 @@ namespace {
 constexpr std::size_t kept = 2;
 
 /// Pixels per point at which the light is baked. A blurred picture holds no detail that the full number would show: one
-/// pixel for each eighth of the radius is plenty.
+/// pixel for each sixth of the radius is plenty.
 double bakedDensity(double radius, double density)
 {
-    return density / std::max(1.0, std::floor(radius * density / 8));
+    return density / std::max(1.0, std::floor(radius * density / 6));
 }
 
 } // namespace
@@ -77,15 +78,17 @@ void Glow::inherit(const Glow &before)
 
 QImage Glow::tinted(const QImage &mask) const
 {
+    std::array<QRgb, 256> shades{};
+    for (std::size_t level = 0; level < shades.size(); ++level) {
+        const float alpha = static_cast<float>(level) * m_colour.alphaF();
+        const auto part = [alpha](float value) { return static_cast<int>(std::lround(alpha * value)); };
+        shades[level] = qRgba(part(m_colour.redF()), part(m_colour.greenF()), part(m_colour.blueF()), part(1));
+    }
     QImage result(mask.size(), QImage::Format_ARGB32_Premultiplied);
     for (int y = 0; y < mask.height(); ++y) {
         const uchar *from = mask.constScanLine(y);
-        auto *to = reinterpret_cast<QRgb *>(result.scanLine(y));
-        for (int x = 0; x < mask.width(); ++x) {
-            const float alpha = static_cast<float>(from[x]) * m_colour.alphaF();
-            const auto part = [alpha](float value) { return static_cast<int>(std::lround(alpha * value)); };
-            to[x] = qRgba(part(m_colour.redF()), part(m_colour.greenF()), part(m_colour.blueF()), part(1));
-        }
+        std::transform(from, from + mask.width(), reinterpret_cast<QRgb *>(result.scanLine(y)),
+                       [&](uchar level) { return shades[level]; });
     }
     return result;
 }

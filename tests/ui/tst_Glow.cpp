@@ -56,6 +56,7 @@ Element square(int *count = nullptr)
     return drawing({100, 100}, 0, {[count](QPainter &painter, Instant) {
                        if (count)
                            ++*count;
+                       painter.setRenderHint(QPainter::Antialiasing);
                        painter.fillRect(QRectF(0, 0, 100, 100), Qt::white);
                    }});
 }
