@@ -148,7 +148,7 @@ void SettingsView::rebuildAccounts()
     rows->setSpacing(6);
     for (const Account &account : m_auth.accounts())
         rows->addWidget(accountRow(account));
-    m_column->replaceWidget(m_accounts, list);
+    delete m_column->replaceWidget(m_accounts, list); // the place in the column, which is handed back; not the widget
     // The row whose button was pressed may be among those that go.
     m_accounts->hide();
     m_accounts->deleteLater();
