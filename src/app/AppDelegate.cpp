@@ -9,12 +9,14 @@
 #include "platform/ScreenCover.h"
 #include "platform/SystemEvents.h"
 #include "platform/UrlOpener.h"
+#include "platform/WindowActivator.h"
 #include "schedule/DuePolicy.h"
 #include "schedule/SnoozePolicy.h"
 #include "settings/SettingsView.h"
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -36,6 +38,7 @@ QString sweptConfiguration()
 
 AppDelegate::AppDelegate(Clock &clock, Platform &platform)
     : m_clock(clock), m_opener(platform.makeUrlOpener()), m_screenCover(platform.makeScreenCover()),
+      m_activator(platform.makeWindowActivator()),
       m_systemEvents(platform.makeSystemEvents()), m_preferencesFile(sweptConfiguration() + u"/preferences.json"_s),
       m_preferences(m_preferencesFile), m_http(clock), m_endpoints(GoogleEndpoints::fromEnvironment()),
       m_auth({m_preferences, m_http, clock, *m_opener}, m_endpoints, builtInClient, folders::data()),
@@ -73,15 +76,17 @@ void AppDelegate::migratePreferences()
         m_preferences.set(preference::sound, u"None"_s);
 }
 
-void AppDelegate::toggleMainWindow()
+void AppDelegate::toggleMainWindow(const QString &token)
 {
-    if (m_mainWindow->isVisible() && m_mainWindow->isActiveWindow())
+    // Not isActiveWindow(), which stays false where a window is hidden and shown so quickly that its focus never left.
+    const QWindow *window = m_mainWindow->windowHandle();
+    if (m_mainWindow->isVisible() && window && window->isActive())
         hideMainWindow();
     else
-        showMainWindow();
+        showMainWindow(token);
 }
 
-void AppDelegate::showMainWindow()
+void AppDelegate::showMainWindow(const QString &token)
 {
     if (!m_mainWindow->isVisible()) {
         m_mainWindow->adjustSize();
@@ -89,9 +94,7 @@ void AppDelegate::showMainWindow()
         const QRect available = screen ? screen->availableGeometry() : QRect();
         m_mainWindow->move(available.center() - m_mainWindow->rect().center());
     }
-    m_mainWindow->show();
-    m_mainWindow->raise();
-    m_mainWindow->activateWindow();
+    m_activator->activate(*m_mainWindow, token);
 }
 
 void AppDelegate::hideMainWindow() { m_mainWindow->hide(); }
