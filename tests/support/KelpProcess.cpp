@@ -113,8 +113,9 @@ bool KelpProcess::coversAny() const
 
 bool KelpProcess::panelIsActive() const
 {
-    const QString active = m_desktop.display().run(u"xdotool"_s, {u"getactivewindow"_s, u"getwindowpid"_s});
-    return isRunning() && active.trimmed() == QString::number(pid()) && !coversAny();
+    // Window managers announce a window as active before it has the keyboard, and still after it has gone.
+    const QString owner = m_desktop.display().run(u"xdotool"_s, {u"getwindowfocus"_s, u"getwindowpid"_s});
+    return isRunning() && owner.trimmed() == QString::number(pid()) && windows().size() == 1 && !coversAny();
 }
 
 } // namespace kelp::test

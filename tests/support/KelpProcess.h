@@ -35,7 +35,7 @@ public:
     [[nodiscard]] QList<QRect> windows() const;
     [[nodiscard]] bool coversBothMonitors() const;
     [[nodiscard]] bool coversAny() const;
-    /// Whether its panel is the window that the user works in.
+    /// Whether its panel is to be seen and has the keyboard.
     [[nodiscard]] bool panelIsActive() const;
 
 private:
