@@ -33,8 +33,13 @@ void SignInAttempt::start()
         return;
     }
     m_redirectUri = *redirectUri;
+    const QUrl page = consentUrl();
+    if (!m_services.opener.hasHandler(page)) {
+        Q_EMIT failed(AuthError::fromServer(u"No web browser is set up to open Google's sign-in page."_s));
+        return;
+    }
     m_server.waitForCode(this, [this](const LoopbackServer::Outcome &code) { exchangeCode(code); });
-    m_services.opener.open(consentUrl());
+    m_services.opener.open(page);
 }
 
 QUrl SignInAttempt::consentUrl() const

@@ -2,6 +2,8 @@
 
 #include "base/Clock.h"
 
+#include <QHostAddress>
+#include <QNetworkProxyFactory>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPointer>
@@ -95,7 +97,25 @@ private:
     std::optional<HttpError> m_failure;
 };
 
+/// The desktop's proxies, but a server on this computer is reached directly: what is meant for it must not leave.
+class ProxyFactory final : public QNetworkProxyFactory
+{
+public:
+    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery &query) override
+    {
+        const QString host = query.peerHostName();
+        if (host == "localhost"_L1 || QHostAddress(host).isLoopback())
+            return {QNetworkProxy::NoProxy};
+        return systemProxyForQuery(query);
+    }
+};
+
 } // namespace
+
+NetworkHttpClient::NetworkHttpClient(Clock &clock) : m_clock(clock)
+{
+    m_manager.setProxyFactory(new ProxyFactory); // the manager takes it over
+}
 
 void NetworkHttpClient::send(const HttpRequest &request, QObject *context, Callback callback)
 {

@@ -44,8 +44,7 @@ double MeetingCard::untilNextCountdown(Instant start, Instant now)
     // The text turns half a second after every whole one; just past it the rounding is on the new side for certain.
     constexpr double past = 0.005;
     const double remaining = start - now;
-    const double wait = remaining - (std::floor(remaining + 0.5) - 0.5);
-    return (wait > 0 ? wait : 1) + past;
+    return remaining - (std::round(remaining) - 0.5) + past;
 }
 
 QStringList MeetingCard::detailItems() const
@@ -70,8 +69,7 @@ Element MeetingCard::element(Instant now, const ButtonStates &buttons) const
     QStringList items = detailItems();
     if (options.showCalendar)
         items.append(isolated(meeting.calendarName));
-    heading.push_back(
-        text(items.join(separator)).font(designFont(theme.font, 20)).colour(faded(theme.text, 0.6)));
+    heading.push_back(text(items.join(separator)).font(designFont(theme.font, 20)).colour(faded(theme.text, 0.6)));
 
     std::vector<Element> parts{vertical(14, heading), padded({0, 18, 0, 0}, buttonRow(buttons))};
     if (previous)
@@ -91,7 +89,11 @@ Element MeetingCard::pill(Instant now) const
 
 Element MeetingCard::title() const
 {
-    return text(meeting.title).font(designFont(theme.font, 60, theme.titleWeight)).colour(theme.text).lines(3).shrink(0.5);
+    return text(meeting.title)
+        .font(designFont(theme.font, 60, theme.titleWeight))
+        .colour(theme.text)
+        .lines(3)
+        .shrink(0.5);
 }
 
 Element MeetingCard::buttonRow(const ButtonStates &buttons) const
@@ -113,7 +115,8 @@ Element MeetingCard::previousRow(const ButtonState &joinButton) const
     const Text words = text(u"Still on: "_s + isolated(previous->title) + u" ·"_s)
                            .font(designFont(theme.font, size))
                            .colour(faded(theme.text, 0.55));
-    return atMost(700, horizontal(6, {words, tagged(tag::joinPrevious, plainButton(u"Join"_s, size, theme, joinButton))}));
+    return atMost(700,
+                  horizontal(6, {words, tagged(tag::joinPrevious, plainButton(u"Join"_s, size, theme, joinButton))}));
 }
 
 Element MeetingCard::hint() const

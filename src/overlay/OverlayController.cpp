@@ -32,24 +32,32 @@ struct OverlayController::Showing
 
 OverlayController::OverlayController(Preferences &preferences, Clock &clock, UrlOpener &opener, ScreenCover &cover,
                                      QObject *parent)
-    : QObject(parent), m_preferences(preferences), m_clock(clock), m_opener(opener), m_cover(cover),
+    : QObject(parent),
+      m_preferences(preferences),
+      m_clock(clock),
+      m_opener(opener),
+      m_cover(cover),
       m_keys(cover, [this](const QObject *object) { return isOurs(object); })
 {
     connect(&m_keys, &OverlayKeys::confirmed, this, &OverlayController::confirm);
     connect(&m_keys, &OverlayKeys::dismissed, this, [this] { hide(true); });
     // Queued, because Qt announces a screen before it is set up.
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &OverlayController::coverScreens, Qt::QueuedConnection);
-    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &OverlayController::coverScreens, Qt::QueuedConnection);
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &OverlayController::coverScreens,
+            Qt::QueuedConnection);
 }
 
-OverlayController::~OverlayController() { hide(false); }
+OverlayController::~OverlayController()
+{
+    hide(false);
+}
 
 void OverlayController::show(const OverlayContent &content, const std::optional<OverlayTheme> &theme)
 {
     hide(false);
-    m_showing.reset(new Showing{{content, theme ? *theme : OverlayTheme::forNextOverlay(m_preferences),
-                                 OverlayOptions::from(m_preferences)},
-                                m_preferences.get(preference::displays) == u"primary"});
+    m_showing.reset(new Showing{
+        {content, theme ? *theme : OverlayTheme::forNextOverlay(m_preferences), OverlayOptions::from(m_preferences)},
+        m_preferences.get(preference::displays) == u"primary"});
     if (const auto *reminder = std::get_if<MeetingContent>(&content))
         m_meeting = reminder->meeting;
     m_keys.start();

@@ -35,8 +35,8 @@ public:
                       QObject *parent = nullptr);
     ~OverlayController() override;
 
-    /// Shows `content` on the screens that the preferences name, in `theme` or in the one that the preferences ask for. What
-    /// is on the screens already vanishes at once.
+    /// Shows `content` on the screens that the preferences name, in `theme` or in the one that the preferences ask for.
+    /// What is on the screens already vanishes at once.
     void show(const OverlayContent &content, const std::optional<OverlayTheme> &theme = {});
     void hide(bool animated);
 

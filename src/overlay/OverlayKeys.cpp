@@ -26,7 +26,10 @@ void OverlayKeys::start()
     QCoreApplication::instance()->installEventFilter(this);
 }
 
-void OverlayKeys::stop() { QCoreApplication::instance()->removeEventFilter(this); }
+void OverlayKeys::stop()
+{
+    QCoreApplication::instance()->removeEventFilter(this);
+}
 
 bool OverlayKeys::eventFilter(QObject *receiver, QEvent *event)
 {

@@ -29,7 +29,8 @@ Arrangement OverlayScene::card(const QSizeF &size, Instant now, const ButtonStat
 
 QPointF OverlayScene::cardPosition(const QSizeF &size, const Arrangement &card)
 {
-    return {std::floor((size.width() - card.size().width()) / 2), std::floor((size.height() - card.size().height()) / 2)};
+    return {std::floor((size.width() - card.size().width()) / 2),
+            std::floor((size.height() - card.size().height()) / 2)};
 }
 
 void OverlayScene::paint(QPainter &painter, const QSizeF &size, Instant now, const ButtonStates &buttons) const

@@ -48,6 +48,7 @@ OverlayView::OverlayView(OverlayScene scene, Instant now)
     setWindowTitle(QStringLiteral("Kelp"));
     setAccessibleName(QStringLiteral("Meeting reminder"));
     createChildren();
+    setFocus(); // not the first button: nothing is chosen until the user presses Tab
     connect(&m_entranceMotion, &QVariantAnimation::valueChanged, this, [this](const QVariant &seconds) {
         const QRectF before = entranceTransform().mapRect(cardPicture());
         m_entrance = entranceSpring.position(seconds.toDouble() - entranceDelay);
@@ -57,6 +58,13 @@ OverlayView::OverlayView(OverlayScene scene, Instant now)
         m_entrance = 1;
         update();
     });
+}
+
+OverlayView::~OverlayView()
+{
+    // A button that loses the focus while the window goes would ask for a card that is gone already.
+    for (CardButton *button : std::as_const(m_buttons))
+        button->disconnect(this);
 }
 
 void OverlayView::setNow(Instant now)
@@ -113,7 +121,10 @@ void OverlayView::paintEvent(QPaintEvent *)
     painter.drawPixmap(cardPicture().topLeft(), m_card);
 }
 
-void OverlayView::resizeEvent(QResizeEvent *) { layOut(); }
+void OverlayView::resizeEvent(QResizeEvent *)
+{
+    layOut();
+}
 
 bool OverlayView::event(QEvent *event)
 {
@@ -220,8 +231,8 @@ QTransform OverlayView::entranceTransform() const
 {
     const double scale = entranceScale + (1 - entranceScale) * m_entrance;
     const QPointF centre = cardPicture().center();
-    return QTransform::fromTranslate(-centre.x(), -centre.y()) * QTransform::fromScale(scale, scale)
-           * QTransform::fromTranslate(centre.x(), centre.y());
+    return QTransform::fromTranslate(-centre.x(), -centre.y()) * QTransform::fromScale(scale, scale) *
+           QTransform::fromTranslate(centre.x(), centre.y());
 }
 
 } // namespace kelp

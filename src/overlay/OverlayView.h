@@ -17,14 +17,15 @@ namespace kelp {
 
 class CardButton;
 
-/// What fills one screen: the theme's background and the card in the middle, kept as one picture of which only what changes
-/// is painted again. Over the card lie unpainted buttons, and unpainted labels for screen readers.
+/// What fills one screen: the theme's background and the card in the middle, kept as one picture of which only what
+/// changes is painted again. Over the card lie unpainted buttons, and unpainted labels for screen readers.
 class OverlayView final : public QWidget
 {
     Q_OBJECT
 
 public:
     OverlayView(OverlayScene scene, Instant now);
+    ~OverlayView() override;
 
     /// The time that the card shows.
     void setNow(Instant now);

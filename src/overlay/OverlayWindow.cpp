@@ -21,7 +21,8 @@ OverlayWindow::OverlayWindow(ScreenCover &cover, QScreen &screen, std::unique_pt
     : QObject(parent), m_cover(cover), m_screen(&screen), m_view(std::move(view))
 {
     m_cover.prepare(*m_view, screen);
-    connect(&m_fade, &QVariantAnimation::valueChanged, this, [this](const QVariant &part) { setShown(part.toDouble()); });
+    connect(&m_fade, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant &part) { setShown(part.toDouble()); });
     connect(&screen, &QScreen::geometryChanged, this, [this] {
         if (m_view)
             m_cover.fit(*m_view, *m_screen);

@@ -11,7 +11,10 @@ constexpr int labelSize = 18;
 constexpr double symbolSize = 22;
 constexpr double focusOutset = 4;
 
-Shape shape(ButtonLook look) { return look == ButtonLook::Terminal ? Shape::rounded(3) : Shape::capsule(); }
+Shape shape(ButtonLook look)
+{
+    return look == ButtonLook::Terminal ? Shape::rounded(3) : Shape::capsule();
+}
 
 QColor brightened(const QColor &colour, double amount)
 {
@@ -25,7 +28,8 @@ Element secondaryFrame(const OverlayTheme &theme, double hover, Element label)
     const Shape outline = shape(theme.button);
     if (theme.button == ButtonLook::Pill)
         return filled(outline, faded(theme.text, 0.14 + 0.10 * hover), std::move(label));
-    return filled(outline, faded(theme.text, 0.1), outlined(outline, QPen(faded(theme.text, 0.6), 1.5), 0, std::move(label)));
+    return filled(outline, faded(theme.text, 0.1),
+                  outlined(outline, QPen(faded(theme.text, 0.6), 1.5), 0, std::move(label)));
 }
 
 Element withFocusRing(const OverlayTheme &theme, bool focused, Element button)
@@ -60,7 +64,8 @@ Element themedButton(const QString &label, const QString &symbolName, const Over
 Element plainButton(const QString &label, int size, const OverlayTheme &theme, const ButtonState &state)
 {
     const QColor ink = faded(theme.accent, 0.85 + 0.15 * state.hover);
-    const Element words = padded({4, 3, 4, 3}, text(label).font(designFont(theme.font, size, QFont::DemiBold)).colour(ink));
+    const Element words =
+        padded({4, 3, 4, 3}, text(label).font(designFont(theme.font, size, QFont::DemiBold)).colour(ink));
     const Element framed = filled(Shape::rounded(6), faded(theme.accent, 0.14 * state.hover), words);
     if (!state.focused)
         return framed;

@@ -16,7 +16,10 @@ struct ButtonState
     friend bool operator==(const ButtonState &, const ButtonState &) = default;
 
     /// Where `scale` is going: pressed wins over hovered.
-    [[nodiscard]] static double targetScale(bool pressed, bool hovered) { return pressed ? 0.96 : hovered ? 1.03 : 1.0; }
+    [[nodiscard]] static double targetScale(bool pressed, bool hovered)
+    {
+        return pressed ? 0.96 : hovered ? 1.03 : 1.0;
+    }
 };
 
 /// The buttons in use, by tag; one that is missing is at rest.

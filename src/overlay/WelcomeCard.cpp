@@ -18,8 +18,8 @@ QString connectedLine(const QString &account, std::int64_t calendarCount)
 
 QString nextMeetingLine(const QString &title, Instant start, Instant now)
 {
-    return u"Next meeting: "_s + title + u" at "_s + shortTimeWithDay(start, now) + u" ("_s + relativeTime(start, now)
-           + u")"_s;
+    return u"Next meeting: "_s + title + u" at "_s + shortTimeWithDay(start, now) + u" ("_s + relativeTime(start, now) +
+           u")"_s;
 }
 
 } // namespace
@@ -45,9 +45,11 @@ Element WelcomeCard::element(Instant now, const ButtonStates &buttons) const
     const QFont lineFont = designFont(theme.font, 20);
     return vertical(
         20, {symbol(u"checkmark-circle"_s, 72, theme.accent),
-             padded({0, 6, 0, 0}, text(u"Kelp is set up"_s).font(designFont(theme.font, 56, theme.titleWeight)).colour(theme.text)),
-             vertical(10, {text(connectedLine(account, content.calendarCount)).font(lineFont).colour(faded(theme.text, 0.7)),
-                           text(next).font(lineFont).colour(faded(theme.text, 0.55)).lines(2)}),
+             padded({0, 6, 0, 0},
+                    text(u"Kelp is set up"_s).font(designFont(theme.font, 56, theme.titleWeight)).colour(theme.text)),
+             vertical(
+                 10, {text(connectedLine(account, content.calendarCount)).font(lineFont).colour(faded(theme.text, 0.7)),
+                      text(next).font(lineFont).colour(faded(theme.text, 0.55)).lines(2)}),
              padded({0, 18, 0, 0},
                     tagged(tag::dismiss, themedButton(u"Got it"_s, {}, theme, true, buttons.value(tag::dismiss)))),
              text(u"This screen will cover your displays right before each meeting."_s)

@@ -19,6 +19,7 @@ namespace kelp {
 namespace {
 
 constexpr int columnWidth = 320;
+constexpr int margin = 16;
 
 QLabel *plainLabel(const QString &text, QWidget *parent)
 {
@@ -43,10 +44,11 @@ SettingsView::SettingsView(GoogleAuth &auth, Scheduler &scheduler, Preferences &
     : QWidget(parent), m_auth(auth), m_scheduler(scheduler), m_preferences(preferences),
       m_column(new QVBoxLayout(this)), m_accounts(new QWidget(this))
 {
-    setFixedWidth(columnWidth);
-    m_column->setContentsMargins(16, 14, 16, 16);
+    m_column->setContentsMargins(margin, 14, margin, margin);
     m_column->setSpacing(12);
-    m_column->setSizeConstraint(QLayout::SetMinAndMaxSize);
+    // The column is as wide as its strut, and as high as what it shows.
+    m_column->addStrut(columnWidth - 2 * margin);
+    m_column->setSizeConstraint(QLayout::SetFixedSize);
     buildHeader();
     m_column->addWidget(m_accounts);
     buildSignIn();
@@ -146,7 +148,7 @@ void SettingsView::rebuildAccounts()
     rows->setSpacing(6);
     for (const Account &account : m_auth.accounts())
         rows->addWidget(accountRow(account));
-    m_column->replaceWidget(m_accounts, list);
+    delete m_column->replaceWidget(m_accounts, list); // the place in the column, which is handed back; not the widget
     // The row whose button was pressed may be among those that go.
     m_accounts->hide();
     m_accounts->deleteLater();

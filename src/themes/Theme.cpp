@@ -28,11 +28,15 @@ const std::vector<OverlayTheme> &OverlayTheme::all()
     return themes;
 }
 
-const OverlayTheme &OverlayTheme::midnight() { return all().front(); }
+const OverlayTheme &OverlayTheme::midnight()
+{
+    return all().front();
+}
 
 OverlayTheme OverlayTheme::named(const QString &id)
 {
-    const auto found = std::find_if(all().begin(), all().end(), [&](const OverlayTheme &each) { return each.id == id; });
+    const auto found =
+        std::find_if(all().begin(), all().end(), [&](const OverlayTheme &each) { return each.id == id; });
     return found == all().end() ? midnight() : *found;
 }
 

@@ -24,7 +24,7 @@ struct SolidBackground
 };
 struct ImageBackground
 {
-    QString name; ///< of a built-in picture
+    QString name;   ///< of a built-in picture
     double dim = 0; ///< 0…1, opacity of the black over it
     friend bool operator==(const ImageBackground &, const ImageBackground &) = default;
 };

@@ -12,7 +12,8 @@ namespace kelp {
 
 std::optional<QRectF> Arrangement::frameOf(const QString &tag) const
 {
-    const auto found = std::find_if(m_tagged.begin(), m_tagged.end(), [&](const Tagged &each) { return each.tag == tag; });
+    const auto found =
+        std::find_if(m_tagged.begin(), m_tagged.end(), [&](const Tagged &each) { return each.tag == tag; });
     return found == m_tagged.end() ? std::nullopt : std::optional(found->frame);
 }
 
@@ -33,7 +34,10 @@ void Arrangement::addPainting(const QRectF &bounds, std::function<void(QPainter 
     m_paintings.push_back({{}, bounds, std::move(paint)});
 }
 
-void Arrangement::addText(const QString &text) { m_texts.push_back({text, frame()}); }
+void Arrangement::addText(const QString &text)
+{
+    m_texts.push_back({text, frame()});
+}
 
 void Arrangement::addChild(const Arrangement &child, const QTransform &placement)
 {

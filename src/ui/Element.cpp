@@ -96,13 +96,15 @@ private:
         if (columns.empty())
             return;
         const double gaps = m_spacing * static_cast<double>(columns.size() - 1);
-        const double total = std::accumulate(columns.begin(), columns.end(), gaps,
-                                             [](double sum, const Arrangement &each) { return sum + each.size().width(); });
+        const double total =
+            std::accumulate(columns.begin(), columns.end(), gaps,
+                            [](double sum, const Arrangement &each) { return sum + each.size().width(); });
         if (total <= maxWidth)
             return;
-        const auto widest = std::max_element(columns.begin(), columns.end(), [](const Arrangement &a, const Arrangement &b) {
-            return a.size().width() < b.size().width();
-        });
+        const auto widest =
+            std::max_element(columns.begin(), columns.end(), [](const Arrangement &a, const Arrangement &b) {
+                return a.size().width() < b.size().width();
+            });
         const auto index = static_cast<std::size_t>(widest - columns.begin());
         *widest = m_children[index].arrange(std::max(0.0, widest->size().width() - (total - maxWidth)));
     }
@@ -145,8 +147,7 @@ public:
         Arrangement result(child.size());
         const QRectF frame = result.frame().adjusted(-m_outset, -m_outset, m_outset, m_outset);
         const double line = m_pen.style() == Qt::NoPen ? 0 : m_pen.widthF();
-        const double radius =
-            std::min({m_shape.cornerRadius + m_outset, frame.width() / 2, frame.height() / 2});
+        const double radius = std::min({m_shape.cornerRadius + m_outset, frame.width() / 2, frame.height() / 2});
         result.addPainting(frame.adjusted(-line, -line, line, line),
                            [frame, radius, brush = m_brush, pen = m_pen](QPainter &painter) {
                                painter.setRenderHint(QPainter::Antialiasing);
@@ -170,7 +171,10 @@ class AtMost final : public Element::Node
 {
 public:
     AtMost(double width, Element child) : m_width(width), m_child(std::move(child)) {}
-    [[nodiscard]] Arrangement arrange(double maxWidth) const override { return m_child.arrange(std::min(m_width, maxWidth)); }
+    [[nodiscard]] Arrangement arrange(double maxWidth) const override
+    {
+        return m_child.arrange(std::min(m_width, maxWidth));
+    }
 
 private:
     double m_width;
@@ -187,8 +191,9 @@ public:
         const Arrangement child = m_child.arrange(maxWidth);
         Arrangement result(child.size());
         const QPointF centre = child.frame().center();
-        result.addChild(child, QTransform::fromTranslate(-centre.x(), -centre.y()) * QTransform::fromScale(m_factor, m_factor)
-                                   * QTransform::fromTranslate(centre.x(), centre.y()));
+        result.addChild(child, QTransform::fromTranslate(-centre.x(), -centre.y()) *
+                                   QTransform::fromScale(m_factor, m_factor) *
+                                   QTransform::fromTranslate(centre.x(), centre.y()));
         return result;
     }
 
@@ -218,7 +223,10 @@ private:
 
 Element::Element(std::shared_ptr<const Node> node) : m_node(std::move(node)) {}
 
-Arrangement Element::arrange(double maxWidth) const { return m_node->arrange(maxWidth); }
+Arrangement Element::arrange(double maxWidth) const
+{
+    return m_node->arrange(maxWidth);
+}
 
 Element symbol(const QString &name, double size, const QColor &colour)
 {
@@ -250,10 +258,19 @@ Element outlined(Shape shape, const QPen &pen, double outset, Element child)
     return Element(std::make_shared<Framed>(shape, QBrush(Qt::NoBrush), pen, outset, std::move(child)));
 }
 
-Element atMost(double width, Element child) { return Element(std::make_shared<AtMost>(width, std::move(child))); }
+Element atMost(double width, Element child)
+{
+    return Element(std::make_shared<AtMost>(width, std::move(child)));
+}
 
-Element scaled(double factor, Element child) { return Element(std::make_shared<Scaled>(factor, std::move(child))); }
+Element scaled(double factor, Element child)
+{
+    return Element(std::make_shared<Scaled>(factor, std::move(child)));
+}
 
-Element tagged(const QString &tag, Element child) { return Element(std::make_shared<TaggedNode>(tag, std::move(child))); }
+Element tagged(const QString &tag, Element child)
+{
+    return Element(std::make_shared<TaggedNode>(tag, std::move(child)));
+}
 
 } // namespace kelp

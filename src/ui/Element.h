@@ -17,7 +17,8 @@ namespace kelp {
 ///     vertical(12, {text(u"Review"_s).font(titleFont).colour(Qt::white).lines(3).shrink(0.5),
 ///                   tagged(u"join"_s, filled(Shape::capsule(), Qt::white, padded({28, 14, 28, 14}, label)))})
 ///
-/// `arrange` lays it out; the result paints itself and knows the frames of the tagged elements. Lengths are logical points.
+/// `arrange` lays it out; the result paints itself and knows the frames of the tagged elements. Lengths are logical
+/// points.
 class Element
 {
 public:
@@ -52,7 +53,7 @@ public:
     [[nodiscard]] Text lines(int count) const;
     /// Before it is cut, the text shrinks down to this part of its size (0…1).
     [[nodiscard]] Text shrink(double least) const;
-    /// Every digit is as wide as the widest one, so that a running figure stands still. One line, never cut.
+    /// Every digit takes the same room, so that a running figure stands still. One line, never cut.
     [[nodiscard]] Text fixedDigits() const;
 
     operator Element() const; // NOLINT: a text is an element wherever one is wanted

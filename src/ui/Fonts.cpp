@@ -8,7 +8,8 @@ namespace kelp {
 
 namespace {
 
-/// From this size on a family's display cut is the better drawing, and large bold text wants to be set a little tighter.
+/// From this size on a family's display cut is the better drawing, and large bold text wants to be set a little
+/// tighter.
 constexpr int displaySize = 28;
 
 QStringList families(FontDesign design, int size)
@@ -20,12 +21,13 @@ QStringList families(FontDesign design, int size)
     case FontDesign::Rounded:
         return {u"Quicksand"_s, u"Nunito"_s, u"Varela Round"_s, u"Inter"_s, u"Noto Color Emoji"_s, u"sans-serif"_s};
     case FontDesign::Serif:
-        return {u"Source Serif 4"_s, u"Source Serif Pro"_s,  u"Noto Serif"_s,
+        return {u"Source Serif 4"_s, u"Source Serif Pro"_s, u"Noto Serif"_s,
                 u"DejaVu Serif"_s,   u"Noto Color Emoji"_s, u"serif"_s};
     case FontDesign::Monospaced:
         return {u"JetBrains Mono"_s, u"Noto Color Emoji"_s, u"DejaVu Sans Mono"_s, u"monospace"_s};
     }
-    QStringList list{u"Inter"_s, u"Noto Color Emoji"_s, u"Cantarell"_s, u"Noto Sans"_s, u"DejaVu Sans"_s, u"sans-serif"_s};
+    QStringList list{u"Inter"_s,     u"Noto Color Emoji"_s, u"Cantarell"_s,
+                     u"Noto Sans"_s, u"DejaVu Sans"_s,      u"sans-serif"_s};
     if (size >= displaySize)
         list.prepend(u"Inter Display"_s);
     return list;

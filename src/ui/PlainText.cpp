@@ -13,9 +13,15 @@ constexpr char16_t firstStrongIsolate = 0x2068;
 constexpr char16_t popDirectionalIsolate = 0x2069;
 
 /// Embeddings and overrides (U+202A…U+202E): they can make a text read as another one.
-bool isOverride(char16_t unit) { return unit >= 0x202A && unit <= 0x202E; }
+bool isOverride(char16_t unit)
+{
+    return unit >= 0x202A && unit <= 0x202E;
+}
 
-bool isIsolate(char16_t unit) { return unit >= 0x2066 && unit <= popDirectionalIsolate; }
+bool isIsolate(char16_t unit)
+{
+    return unit >= 0x2066 && unit <= popDirectionalIsolate;
+}
 
 } // namespace
 
@@ -29,7 +35,8 @@ QString flattened(const QString &text)
             continue;
         if (result.size() >= longestText && !each.isLowSurrogate())
             break;
-        const bool breaks = each.category() == QChar::Other_Control || unit == lineSeparator || unit == paragraphSeparator;
+        const bool breaks =
+            each.category() == QChar::Other_Control || unit == lineSeparator || unit == paragraphSeparator;
         if (!breaks)
             result.append(each);
         else if (!result.endsWith(u' '))

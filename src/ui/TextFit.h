@@ -14,9 +14,9 @@ struct FittedText
     bool rightToLeft = false;
 };
 
-/// Finds the greatest size, from that of `font` down to `shrink` times it, at which `text` takes at most `maxLines` lines of
-/// `width`; only where the smallest size is still too large, words are broken and then the last line is cut. Lines are made about
-/// equally long.
+/// Finds the greatest size, from that of `font` down to `shrink` times it, at which `text` takes at most `maxLines`
+/// lines of `width`; only where the smallest size is still too large, words are broken and then the last line is cut.
+/// Lines are made about equally long.
 [[nodiscard]] FittedText fitText(const QString &text, const QFont &font, double width, int maxLines, double shrink);
 
 } // namespace kelp

@@ -42,6 +42,7 @@ private Q_SLOTS:
 
     void needsAClientToSignIn_data();
     void needsAClientToSignIn();
+    void needsABrowserToSignIn();
     void prefersTheBuiltInClient();
     void opensTheConsentPageWithNineItemsInOrder();
     void exchangesTheCodeAndStoresTheAccount();
@@ -105,6 +106,7 @@ void tst_GoogleAuth::init()
     clock = std::make_unique<FakeClock>();
     http = std::make_unique<FakeHttpClient>();
     opener = std::make_unique<FakeUrlOpener>();
+    opener->handledSchemes = {u"https"_s};
     outcomes.clear();
     accessToken.reset();
     make();
@@ -161,6 +163,16 @@ void tst_GoogleAuth::needsAClientToSignIn()
     QCOMPARE(outcomes.size(), 1);
     QCOMPARE(outcomes.first().error().description(), u"Add your Google OAuth client ID and secret in Settings."_s);
     QVERIFY(busy.isEmpty());
+    QVERIFY(opener->opened.isEmpty());
+}
+
+void tst_GoogleAuth::needsABrowserToSignIn()
+{
+    opener->handledSchemes.clear();
+    signIn();
+    QCOMPARE(outcomes.size(), 1);
+    QCOMPARE(outcomes.first().error().description(), u"No web browser is set up to open Google's sign-in page."_s);
+    QVERIFY(!auth->isSigningIn());
     QVERIFY(opener->opened.isEmpty());
 }
 

@@ -78,11 +78,13 @@ private Q_SLOTS:
     void givesUpAfterAMinuteInAll();
     void givesUpOnABodyOverEightMebibytes_data();
     void givesUpOnABodyOverEightMebibytes();
+    void doesNotWaitForTheEndOfAnEndlessBody();
     void reportsABrokenAnswer_data();
     void reportsABrokenAnswer();
     void reportsARefusedConnection();
     void refusesAnUnverifiedServer();
     void keepsNoCookies();
+    void usesNoProxyForThisComputer();
     void doesNotCallBackWhoeverIsGone();
 
 private:
@@ -197,6 +199,15 @@ void tst_NetworkHttpClient::givesUpOnABodyOverEightMebibytes()
         QCOMPARE(outcome->error().kind, HttpError::Kind::tooLarge);
 }
 
+void tst_NetworkHttpClient::doesNotWaitForTheEndOfAnEndlessBody()
+{
+    Server server("HTTP/1.1 200 OK\r\nContent-Length: 999999999\r\n\r\n" + QByteArray(9 * 1024 * 1024, 'x'),
+                  Server::Ending::keepOpen);
+    get(server.url());
+    QTRY_VERIFY(outcome);
+    QCOMPARE(outcome->error().kind, HttpError::Kind::tooLarge);
+}
+
 void tst_NetworkHttpClient::reportsABrokenAnswer_data()
 {
     QTest::addColumn<QByteArray>("bytes");
@@ -266,6 +277,22 @@ void tst_NetworkHttpClient::keepsNoCookies()
     QTRY_VERIFY(outcome);
     for (const QByteArray &request : std::as_const(server.requests))
         QVERIFY(!request.toLower().contains("\r\ncookie:"));
+}
+
+void tst_NetworkHttpClient::usesNoProxyForThisComputer()
+{
+    Server proxy(answer("200 OK", "through the proxy"));
+    qputenv("http_proxy", "http://127.0.0.1:" + QByteArray::number(proxy.port()));
+    Server server(answer("200 OK", "directly"));
+    get(server.url());
+    QTRY_VERIFY(outcome);
+    QCOMPARE((*outcome)->body, "directly");
+    // The variable counts for everybody else; this name has no address.
+    outcome.reset();
+    get(QUrl(u"http://kelp.invalid/"_s));
+    QTRY_VERIFY(outcome);
+    QCOMPARE((*outcome)->body, "through the proxy");
+    qunsetenv("http_proxy");
 }
 
 void tst_NetworkHttpClient::doesNotCallBackWhoeverIsGone()

@@ -141,13 +141,14 @@ void tst_CalendarClient::encodesCalendarIdentifiers()
 void tst_CalendarClient::sortsCalendarsPrimaryFirstThenByName()
 {
     fetch([](const CalendarInfo &) { return false; });
-    http->answer(200, R"({"items": [{"id": "1", "summary": "work"}, {"id": "a@x", "summary": "Alpha", "primary": true},
+    http->answer(200, R"({"items": [{"id": "1", "summary": "work"}, {"id": "a@x", "summary": "Zoe", "primary": true},
+        {"id": "2", "summary": "Alpha"},
         {"id": "3", "summary": "beta"}, {"id": "4", "summary": "\ud83d\ude00"}, {"id": "5", "summary": "\uff5e"}]})");
     QStringList names;
     for (const CalendarInfo &calendar : result->calendars)
         names.append(calendar.name);
     // By code points: U+FF5E comes before U+1F600, although its code unit is greater.
-    QCOMPARE(names, QStringList({u"Alpha"_s, u"beta"_s, u"work"_s, u"\uff5e"_s, u"\U0001f600"_s}));
+    QCOMPARE(names, QStringList({u"Zoe"_s, u"Alpha"_s, u"beta"_s, u"work"_s, u"\uff5e"_s, u"\U0001f600"_s}));
 }
 
 void tst_CalendarClient::namesCalendarsAsTheUserDoes()

@@ -86,23 +86,29 @@ void tst_OverlayPictures::staysWithinTheScreenAndKeepsItsMargins_data()
     QTest::newRow("800x600") << withPrevious << QSize(800, 600) << 1.0 << ButtonStates();
     QTest::newRow("fraction") << review << QSize(1440, 900) << 1.5 << ButtonStates();
     const auto title = [&](const char *name, const QString &words) {
-        QTest::newRow(name) << OverlayContent(MeetingContent{titled(designReview(), words), titled(sample::budgetPlanning(), words)})
+        QTest::newRow(name) << OverlayContent(MeetingContent{titled(designReview(), words),
+                                                             titled(sample::budgetPlanning(), words)})
                             << QSize(1280, 720) << 1.0 << ButtonStates();
     };
-    title("long title", u"Quarterly planning for the northern region with everybody who has a say in it and some who do not, "
-                        "followed by a discussion of the open points of last time, the budget, the holidays, the new "
-                        "coffee machine, the reorganisation of the shared folders and whatever else comes up on the day"_s);
+    title("long title",
+          u"Quarterly planning for the northern region with everybody who has a say in it and some who do not, "
+          "followed by a discussion of the open points of last time, the budget, the holidays, the new "
+          "coffee machine, the reorganisation of the shared folders and whatever else comes up on the day"_s);
     title("two lines", u"Interview: Senior Engineer, Platform & Reliability (second round)"_s);
     title("one word", QString(300, u'W'));
     title("right to left", u"مراجعة التصميم الأسبوعية مع فريق Kelp"_s);
     title("cjk", u"毎週のデザインレビュー会議（新製品の計画について）"_s);
     title("emoji", u"🎉 Launch party 🚀 with the team 👩‍💻"_s);
     title("hostile", u"<b>Bold</b>\n\tline\r\n\u202Eoverridden\u0007 &amp; &File"_s);
-    QTest::newRow("no link") << OverlayContent(MeetingContent{sample::withoutLink(designReview()), {}}) << QSize(1440, 900) << 1.0 << ButtonStates();
-    const ButtonStates inUse{{tag::join, {.focused = true}}, {tag::snooze, {.hover = 1, .scale = 1.03}}, {tag::dismiss, {.hover = 1, .scale = 0.96}},
+    QTest::newRow("no link") << OverlayContent(MeetingContent{sample::withoutLink(designReview()), {}})
+                             << QSize(1440, 900) << 1.0 << ButtonStates();
+    const ButtonStates inUse{{tag::join, {.focused = true}},
+                             {tag::snooze, {.hover = 1, .scale = 1.03}},
+                             {tag::dismiss, {.hover = 1, .scale = 0.96}},
                              {tag::joinPrevious, {.hover = 1, .focused = true}}};
     QTest::newRow("buttons in use") << withPrevious << QSize(1440, 900) << 1.0 << inUse;
-    QTest::newRow("welcome") << OverlayContent(WelcomeContent{u"ada@example.com"_s, 3, designReview()}) << QSize(1440, 900) << 1.0 << ButtonStates();
+    QTest::newRow("welcome") << OverlayContent(WelcomeContent{u"ada@example.com"_s, 3, designReview()})
+                             << QSize(1440, 900) << 1.0 << ButtonStates();
 }
 
 void tst_OverlayPictures::staysWithinTheScreenAndKeepsItsMargins()
@@ -121,17 +127,18 @@ void tst_OverlayPictures::staysWithinTheScreenAndKeepsItsMargins()
     const QRect ink = inked(image);
     QVERIFY(!ink.isEmpty());
     const int margin = qRound(24 * density);
-    QVERIFY2(image.rect().adjusted(margin, margin, -margin, -margin).contains(ink), qPrintable(u"%1,%2 %3x%4"_s.arg(ink.x()).arg(ink.y()).arg(ink.width()).arg(ink.height())));
+    QVERIFY2(image.rect().adjusted(margin, margin, -margin, -margin).contains(ink),
+             qPrintable(u"%1,%2 %3x%4"_s.arg(ink.x()).arg(ink.y()).arg(ink.width()).arg(ink.height())));
     // In the middle, up to the room that letters leave beside and above them.
     QVERIFY(std::abs(ink.center().x() - image.rect().center().x()) <= 24 * density);
     QVERIFY(std::abs(ink.center().y() - image.rect().center().y()) <= 24 * density);
 }
 
-
 void tst_OverlayPictures::liveWindowShowsTheSamePicture()
 {
     const QSize size(1280, 720);
-    const OverlayScene scene{MeetingContent{sample::designReview(), sample::budgetPlanning()}, OverlayTheme::midnight(), {}};
+    const OverlayScene scene{
+        MeetingContent{sample::designReview(), sample::budgetPlanning()}, OverlayTheme::midnight(), {}};
     QImage still = blank(size, 1);
     QPainter painter(&still);
     scene.paint(painter, size, sample::ten - 9);

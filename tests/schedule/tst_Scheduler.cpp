@@ -57,6 +57,7 @@ private Q_SLOTS:
     void emptiesItsListsWithoutAccounts();
     void callsBackAfterARefreshThatBeganLater();
     void triesAgainAfterTransientErrors();
+    void forgetsARetryThatAnotherRefreshReplaced();
     void waitsForTheIntervalAfterLastingErrors();
     void refreshesAtMostEveryFiveSecondsAfterWaking();
 
@@ -251,6 +252,17 @@ void tst_Scheduler::triesAgainAfterTransientErrors()
     QCOMPARE(source->fetches, expected + 3);
 }
 
+void tst_Scheduler::forgetsARetryThatAnotherRefreshReplaced()
+{
+    scheduler->refresh();
+    source->answer({.errors = {u"no network"_s}, .errorsAreTransient = true});
+    clock->advance(2);
+    scheduler->refresh();
+    source->answer({});
+    clock->advance(60);
+    QCOMPARE(source->fetches, 2);
+}
+
 void tst_Scheduler::waitsForTheIntervalAfterLastingErrors()
 {
     scheduler->refresh();
@@ -346,8 +358,10 @@ void tst_Scheduler::showsASnoozedMeetingAgainPastTheCutoff()
     scheduler->snooze(snoozed, 300);
     run(295);
     QCOMPARE(offered.size(), 1);
+    QVERIFY(preferences->get(preference::shownMeetings).isEmpty());
     run(5);
     QCOMPARE(offered.size(), 2);
+    QVERIFY(preferences->get(preference::snoozedMeetings).isEmpty());
     run(600);
     QCOMPARE(offered.size(), 2);
 }

@@ -4,6 +4,7 @@
 #include "support/Sandbox.h"
 
 #include <QCoreApplication>
+#include <QRect>
 #include <QRegularExpression>
 
 #include <algorithm>

@@ -5,8 +5,8 @@
 
 namespace kelp {
 
-/// Plugs in screens of the offscreen platform and unplugs all others. A screen that keeps its place in the list and was there
-/// before changes its geometry.
+/// Plugs in screens of the offscreen platform and unplugs all others. A screen that keeps its place in the list and was
+/// there before changes its geometry.
 void setOffscreenScreens(const QList<QRect> &geometries);
 
 } // namespace kelp

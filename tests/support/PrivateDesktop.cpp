@@ -1,5 +1,6 @@
 #include "support/PrivateDesktop.h"
 
+#include <QRect>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>

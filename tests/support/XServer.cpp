@@ -2,13 +2,16 @@
 
 #include <QColor>
 #include <QDeadlineTimer>
-#include <QFile>
 #include <QThread>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
+#include <xcb/xcb.h>
 
 using namespace Qt::StringLiterals;
 
@@ -38,8 +41,16 @@ QByteArray readLine(int descriptor)
 
 } // namespace
 
+void XServer::Disconnect::operator()(xcb_connection_t *connection) const
+{
+    xcb_disconnect(connection);
+}
+
+XServer::XServer(QList<QSize> monitors) : m_monitors(std::move(monitors)) {}
+
 XServer::~XServer()
 {
+    m_connection.reset();
     end(m_windowManager);
     end(m_server);
 }
@@ -60,12 +71,11 @@ bool XServer::startServer()
     if (pipe2(ends, O_CLOEXEC) != 0)
         return false;
     const QSize size = bounding(m_monitors);
-    m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_server.setStandardOutputFile(QProcess::nullDevice());
     m_server.setStandardErrorFile(QProcess::nullDevice());
     m_server.setChildProcessModifier([writing = ends[1]] { fcntl(writing, F_SETFD, 0); });
-    m_server.start(u"Xvfb"_s, {u"-displayfd"_s, QString::number(ends[1]), u"-noreset"_s, u"-nolisten"_s, u"tcp"_s, u"-screen"_s,
-                               u"0"_s, u"%1x%2x24"_s.arg(size.width()).arg(size.height())});
+    m_server.start(u"Xvfb"_s, {u"-displayfd"_s, QString::number(ends[1]), u"-noreset"_s, u"-nolisten"_s, u"tcp"_s,
+                               u"-screen"_s, u"0"_s, u"%1x%2x24"_s.arg(size.width()).arg(size.height())});
     const bool started = m_server.waitForStarted(patience);
     close(ends[1]); // or the pipe would not end where the server does
     const QByteArray number = started ? readLine(ends[0]) : QByteArray();
@@ -121,11 +131,17 @@ bool XServer::launch(QProcess &client, const QString &program, const QStringList
 
 QColor XServer::pixel(int x, int y)
 {
-    // "… (26,26,26) …" in the text form of a picture of one pixel
-    const QString text = run(u"import"_s, {u"-window"_s, u"root"_s, u"-crop"_s, u"1x1+%1+%2"_s.arg(x).arg(y), u"-depth"_s, u"8"_s,
-                                           u"-colorspace"_s, u"sRGB"_s, u"txt:-"_s});
-    const qsizetype hash = text.lastIndexOf(u'#');
-    return QColor(text.mid(hash, 7));
+    if (!m_connection)
+        m_connection.reset(xcb_connect(m_display.toLatin1().constData(), nullptr));
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())).data->root;
+    const auto cookie = xcb_get_image(m_connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, root, static_cast<std::int16_t>(x),
+                                      static_cast<std::int16_t>(y), 1, 1, ~0U);
+    const std::unique_ptr<xcb_get_image_reply_t, void (*)(void *)> reply(
+        xcb_get_image_reply(m_connection.get(), cookie, nullptr), std::free);
+    if (!reply || xcb_get_image_data_length(reply.get()) < 4)
+        return {};
+    const std::uint8_t *bytes = xcb_get_image_data(reply.get()); // blue, green, red
+    return QColor(bytes[2], bytes[1], bytes[0]);
 }
 
 void XServer::end(QProcess &process)

@@ -1,9 +1,15 @@
 #pragma once
 
+#include <QColor>
+#include <QList>
 #include <QProcess>
-#include <QRect>
+#include <QSize>
 #include <QString>
 #include <QStringList>
+
+#include <memory>
+
+struct xcb_connection_t;
 
 namespace kelp {
 
@@ -14,7 +20,7 @@ class XServer
 {
 public:
     /// Side by side, from the left.
-    explicit XServer(QList<QSize> monitors) : m_monitors(std::move(monitors)) {}
+    explicit XServer(QList<QSize> monitors);
     ~XServer();
     XServer(const XServer &) = delete;
     XServer &operator=(const XServer &) = delete;
@@ -37,11 +43,17 @@ private:
     void addMonitors();
     static void end(QProcess &process);
 
+    struct Disconnect
+    {
+        void operator()(xcb_connection_t *connection) const;
+    };
+
     QList<QSize> m_monitors;
     QString m_display;
     QString m_problem;
     QProcess m_server;
     QProcess m_windowManager;
+    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
 };
 
 } // namespace kelp

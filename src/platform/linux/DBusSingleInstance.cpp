@@ -29,7 +29,7 @@ const QString interfaceName = u"org.freedesktop.Application"_s;
 constexpr int answerTimeOut = 2000; ///< milliseconds
 
 /// The right to raise a window that our starter handed us, in the form of
-/// https://specifications.freedesktop.org/desktop-entry-spec/latest/dbus.html
+/// the Desktop Entry standard, "D-Bus Activation".
 QVariantMap platformData()
 {
     const QString token =

@@ -12,9 +12,15 @@ void PlainScreenCover::prepare(QWidget &window, QScreen &screen)
     window.setGeometry(screen.geometry());
 }
 
-void PlainScreenCover::fit(QWidget &window, QScreen &screen) { window.setGeometry(screen.geometry()); }
+void PlainScreenCover::fit(QWidget &window, QScreen &screen)
+{
+    window.setGeometry(screen.geometry());
+}
 
-void PlainScreenCover::show(QWidget &window) { window.showFullScreen(); }
+void PlainScreenCover::show(QWidget &window)
+{
+    window.showFullScreen();
+}
 
 void PlainScreenCover::takeKeyboard(QWidget &window)
 {

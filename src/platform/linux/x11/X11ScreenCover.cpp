@@ -36,7 +36,10 @@ xcb_connection_t *connection()
     return qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
 }
 
-std::uint32_t nativeId(const QWidget &window) { return static_cast<std::uint32_t>(window.winId()); }
+std::uint32_t nativeId(const QWidget &window)
+{
+    return static_cast<std::uint32_t>(window.winId());
+}
 
 } // namespace
 
@@ -50,16 +53,20 @@ X11ScreenCover::X11ScreenCover(QObject *parent) : QObject(parent), m_connection(
 
 void X11ScreenCover::prepare(QWidget &window, QScreen &screen)
 {
-    window.setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint | Qt::WindowStaysOnTopHint);
+    window.setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint |
+                          Qt::WindowStaysOnTopHint);
     window.setAttribute(Qt::WA_ShowWithoutActivating);
     window.setScreen(&screen);
     window.setGeometry(screen.geometry());
-    window.winId(); // creates the native window, for its properties
-    setCardinal(window, "_NET_WM_DESKTOP", 0xFFFFFFFF); // all workspaces, for pagers and compositors
+    window.winId();                                      // creates the native window, for its properties
+    setCardinal(window, "_NET_WM_DESKTOP", 0xFFFFFFFF);  // all workspaces, for pagers and compositors
     setCardinal(window, "_NET_WM_BYPASS_COMPOSITOR", 2); // keep compositing, or the fade would flicker
 }
 
-void X11ScreenCover::fit(QWidget &window, QScreen &screen) { window.setGeometry(screen.geometry()); }
+void X11ScreenCover::fit(QWidget &window, QScreen &screen)
+{
+    window.setGeometry(screen.geometry());
+}
 
 void X11ScreenCover::show(QWidget &window)
 {
@@ -99,7 +106,10 @@ QSet<quint32> X11ScreenCover::heldKeys() const
     return held;
 }
 
-QScreen *X11ScreenCover::currentScreen() const { return QGuiApplication::screenAt(QCursor::pos()); }
+QScreen *X11ScreenCover::currentScreen() const
+{
+    return QGuiApplication::screenAt(QCursor::pos());
+}
 
 ScreenCover::Fade X11ScreenCover::fade() const
 {
@@ -110,7 +120,10 @@ ScreenCover::Fade X11ScreenCover::fade() const
     return owner && owner->owner != XCB_WINDOW_NONE ? Fade::WindowOpacity : Fade::Picture;
 }
 
-QPixmap X11ScreenCover::picture(QScreen &screen) const { return screen.grabWindow(0); }
+QPixmap X11ScreenCover::picture(QScreen &screen) const
+{
+    return screen.grabWindow(0);
+}
 
 void X11ScreenCover::focus(std::uint32_t window)
 {

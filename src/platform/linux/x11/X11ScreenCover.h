@@ -12,8 +12,9 @@ struct xcb_connection_t;
 
 namespace kelp {
 
-/// Covers screens under X11 with windows that no window manager touches (override-redirect), which is the one kind that every
-/// window manager leaves on its own screen and above full-screen windows, panels and later windows, on every workspace.
+/// Covers screens under X11 with windows that no window manager touches (override-redirect), which is the one kind that
+/// every window manager leaves on its own screen and above full-screen windows, panels and later windows, on every
+/// workspace.
 ///
 /// Such a window gets the keyboard only by asking the server for it. Another client may take it away at any time; it is
 /// taken back a moment later. The keyboard is not grabbed, which would block the desktop's own shortcuts.

@@ -1,0 +1,160 @@
+#include "ui/Element.h"
+
+#include "ui/Fonts.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QTest>
+
+using namespace kelp;
+using namespace Qt::StringLiterals;
+
+class tst_Element : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void stacksAreCentredWithTheirSpacing();
+    void paddingTakesRoomAndOutlinesTakeNone();
+    void rowsNarrowTheWidestPartWhereRoomIsShort();
+    void atMostLimitsTheWidth();
+    void scalingKeepsTheRoomAndTheCentre();
+    void taggedElementsReportFrameAndLabel();
+    void paintsOnlyWhatTouchesTheDirtyPart();
+    void fixedDigitsStandStill();
+    void symbolsAreDrawnInTheirColour_data();
+    void symbolsAreDrawnInTheirColour();
+};
+
+namespace {
+
+/// A box of a size and colour, made of nothing else.
+Element box(double width, double height, const QColor &colour = Qt::black)
+{
+    return filled(Shape::rectangle(), colour, padded({0, 0, width, height}, vertical(0, {})));
+}
+
+QRectF frame(const Arrangement &arrangement, const QString &tag)
+{
+    return arrangement.frameOf(tag).value_or(QRectF());
+}
+
+} // namespace
+
+void tst_Element::stacksAreCentredWithTheirSpacing()
+{
+    const Arrangement column =
+        vertical(7, {tagged(u"a"_s, box(100, 20)), tagged(u"b"_s, box(41, 10)), tagged(u"c"_s, box(60, 5))})
+            .arrange(500);
+    QCOMPARE(column.size(), QSizeF(100, 20 + 7 + 10 + 7 + 5));
+    QCOMPARE(frame(column, u"a"_s), QRectF(0, 0, 100, 20));
+    QCOMPARE(frame(column, u"b"_s), QRectF(29, 27, 41, 10)); // whole points
+    QCOMPARE(frame(column, u"c"_s), QRectF(20, 44, 60, 5));
+
+    const Arrangement row = horizontal(7, {tagged(u"a"_s, box(10, 20)), tagged(u"b"_s, box(30, 50))}).arrange(500);
+    QCOMPARE(row.size(), QSizeF(47, 50));
+    QCOMPARE(frame(row, u"a"_s), QRectF(0, 15, 10, 20));
+    QCOMPARE(frame(row, u"b"_s), QRectF(17, 0, 30, 50));
+    QCOMPARE(vertical(7, {}).arrange(500).size(), QSizeF(0, 0));
+    QCOMPARE(horizontal(7, {}).arrange(500).size(), QSizeF(0, 0));
+}
+
+void tst_Element::paddingTakesRoomAndOutlinesTakeNone()
+{
+    const Arrangement padding = padded({1, 2, 3, 4}, tagged(u"a"_s, box(10, 10))).arrange(500);
+    QCOMPARE(padding.size(), QSizeF(14, 16));
+    QCOMPARE(frame(padding, u"a"_s), QRectF(1, 2, 10, 10));
+    QCOMPARE(outlined(Shape::capsule(), QPen(Qt::black, 2), 4, box(10, 10)).arrange(500).size(), QSizeF(10, 10));
+}
+
+void tst_Element::rowsNarrowTheWidestPartWhereRoomIsShort()
+{
+    const Text words = text(u"a text that would like to be much wider than there is room for it"_s)
+                           .font(designFont(FontDesign::Default, 15));
+    const Arrangement row = horizontal(6, {tagged(u"words"_s, words), tagged(u"box"_s, box(50, 20))}).arrange(200);
+    QVERIFY(row.size().width() <= 200);
+    QCOMPARE(frame(row, u"box"_s).width(), 50.0);
+    QVERIFY(frame(row, u"words"_s).width() > 120);
+    QVERIFY(frame(row, u"words"_s).right() <= frame(row, u"box"_s).left());
+}
+
+void tst_Element::atMostLimitsTheWidth()
+{
+    const Text words = text(u"many words in one line"_s.repeated(20)).font(designFont(FontDesign::Default, 15));
+    QVERIFY(Element(words).arrange(1000).size().width() > 900);
+    QVERIFY(atMost(300, words).arrange(1000).size().width() <= 300);
+    QVERIFY(atMost(300, words).arrange(100).size().width() <= 100);
+}
+
+void tst_Element::scalingKeepsTheRoomAndTheCentre()
+{
+    const Arrangement larger = scaled(1.5, tagged(u"a"_s, box(20, 10))).arrange(500);
+    QCOMPARE(larger.size(), QSizeF(20, 10));
+    QCOMPARE(frame(larger, u"a"_s), QRectF(-5, -2.5, 30, 15));
+}
+
+void tst_Element::taggedElementsReportFrameAndLabel()
+{
+    const Arrangement arrangement =
+        vertical(0, {text(u"outside"_s), tagged(u"button"_s, horizontal(3, {text(u"Join"_s), text(u"now"_s)}))})
+            .arrange(500);
+    QCOMPARE(arrangement.texts().size(), 1U);
+    QCOMPARE(arrangement.texts().front().text, u"outside"_s);
+    QCOMPARE(arrangement.tagged().size(), 1U);
+    QCOMPARE(arrangement.tagged().front().label, u"Join now"_s);
+    QVERIFY(!arrangement.frameOf(u"other"_s));
+}
+
+void tst_Element::paintsOnlyWhatTouchesTheDirtyPart()
+{
+    const Arrangement row = horizontal(0, {box(10, 10, Qt::red), box(10, 10, Qt::blue)}).arrange(100);
+    QImage image(20, 10, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    row.paint(painter, QRectF(12, 2, 2, 2));
+    painter.end();
+    QCOMPARE(image.pixelColor(5, 5), QColor(Qt::white));
+    QCOMPARE(image.pixelColor(15, 5), QColor(Qt::blue));
+}
+
+void tst_Element::fixedDigitsStandStill()
+{
+    const auto width = [](const QString &figure, bool fixed) {
+        const Text words = text(figure).font(designFont(FontDesign::Rounded, 20));
+        return Element(fixed ? words.fixedDigits() : words).arrange(500).size().width();
+    };
+    QVERIFY(width(u"0:11"_s, false) < width(u"0:00"_s, false)); // or the test would prove nothing
+    for (int second = 0; second < 60; ++second)
+        QCOMPARE(width(u"Starts in 0:%1"_s.arg(second, 2, 10, QLatin1Char('0')), true),
+                 width(u"Starts in 0:00"_s, true));
+    QVERIFY(width(u"10:00"_s, true) > width(u"0:00"_s, true));
+}
+
+void tst_Element::symbolsAreDrawnInTheirColour_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("video") << u"video"_s;
+    QTest::newRow("checkmark-circle") << u"checkmark-circle"_s;
+}
+
+void tst_Element::symbolsAreDrawnInTheirColour()
+{
+    QFETCH(QString, name);
+    QImage image(48, 48, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    const Arrangement arrangement = symbol(name, 48, Qt::red).arrange(500);
+    QCOMPARE(arrangement.size(), QSizeF(48, 48));
+    arrangement.paint(painter);
+    painter.end();
+    int red = 0;
+    for (int y = 0; y < 48; ++y) {
+        for (int x = 0; x < 48; ++x)
+            red += image.pixelColor(x, y) == QColor(Qt::red) ? 1 : 0;
+    }
+    QVERIFY(red > 500);
+    QCOMPARE(image.pixelColor(0, 0), QColor(Qt::white));
+}
+
+QTEST_MAIN(tst_Element)
+#include "tst_Element.moc"

@@ -1,0 +1,120 @@
+#include "ui/TextFit.h"
+
+#include "ui/Fonts.h"
+
+#include <QFontMetricsF>
+#include <QTest>
+
+using namespace kelp;
+using namespace Qt::StringLiterals;
+
+class tst_TextFit : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void keepsTheSizeWhereTheTextFits();
+    void usesMoreLinesBeforeItShrinks();
+    void shrinksBeforeItCuts();
+    void takesTheGreatestSizeThatFits();
+    void cutsAtTheSmallestSize_data();
+    void cutsAtTheSmallestSize();
+    void balancesItsLines();
+    void knowsTheDirectionOfTheText();
+    void anEmptyTextHasNoWidth();
+};
+
+namespace {
+
+const QFont font = designFont(FontDesign::Default, 60, QFont::Bold);
+constexpr double width = 1000;
+
+FittedText fit(const QString &text)
+{
+    return fitText(text, font, width, 3, 0.5);
+}
+
+} // namespace
+
+void tst_TextFit::keepsTheSizeWhereTheTextFits()
+{
+    const FittedText fitted = fit(u"Weekly design review"_s);
+    QCOMPARE(fitted.font.pixelSize(), 60);
+    QCOMPARE(fitted.lines, QStringList{u"Weekly design review"_s});
+    QCOMPARE(fitted.width, QFontMetricsF(font).horizontalAdvance(u"Weekly design review"_s));
+}
+
+void tst_TextFit::usesMoreLinesBeforeItShrinks()
+{
+    const FittedText fitted = fit(u"word "_s.repeated(16).trimmed());
+    QCOMPARE(fitted.font.pixelSize(), 60);
+    QVERIFY(fitted.lines.size() > 1 && fitted.lines.size() <= 3);
+    QCOMPARE(fitted.lines.join(u' '), u"word "_s.repeated(16).trimmed());
+}
+
+void tst_TextFit::shrinksBeforeItCuts()
+{
+    const QString text = u"word "_s.repeated(30).trimmed();
+    const FittedText fitted = fit(text);
+    QVERIFY(fitted.font.pixelSize() < 60);
+    QVERIFY(fitted.font.pixelSize() >= 30);
+    QCOMPARE(fitted.lines.size(), 3);
+    QCOMPARE(fitted.lines.join(u' '), text);
+    QVERIFY(fitted.width <= width);
+}
+
+void tst_TextFit::takesTheGreatestSizeThatFits()
+{
+    const QString word(30, u'm'); // too long for a line of the full size
+    const FittedText fitted = fit(word);
+    QCOMPARE(fitted.lines, QStringList{word});
+    QFont larger = fitted.font;
+    larger.setPixelSize(fitted.font.pixelSize() + 1);
+    QVERIFY(QFontMetricsF(larger).horizontalAdvance(word) > width);
+}
+
+void tst_TextFit::cutsAtTheSmallestSize_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("words") << u"word "_s.repeated(200).trimmed();
+    QTest::newRow("one word") << QString(900, u'W');
+    QTest::newRow("cjk") << u"設計会議"_s.repeated(100);
+    QTest::newRow("right to left") << u"مراجعة التصميم "_s.repeated(60).trimmed();
+}
+
+void tst_TextFit::cutsAtTheSmallestSize()
+{
+    QFETCH(QString, text);
+    const FittedText fitted = fit(text);
+    QCOMPARE(fitted.font.pixelSize(), 30);
+    QCOMPARE(fitted.lines.size(), 3);
+    QVERIFY(fitted.lines.constLast().contains(u'…'));
+    QVERIFY(text.startsWith(fitted.lines.constFirst()));
+    QVERIFY2(fitted.width <= width + 1, qPrintable(QString::number(fitted.width)));
+}
+
+void tst_TextFit::balancesItsLines()
+{
+    // At its full width the first line would take all but the last word.
+    const QFontMetricsF metrics(font);
+    QString text = u"Interview with a"_s;
+    while (metrics.horizontalAdvance(text + u" very"_s) <= width)
+        text += u" very"_s;
+    const FittedText fitted = fit(text + u" last"_s);
+    QCOMPARE(fitted.lines.size(), 2);
+    QVERIFY(metrics.horizontalAdvance(fitted.lines.at(1)) > metrics.horizontalAdvance(fitted.lines.at(0)) / 2);
+}
+
+void tst_TextFit::knowsTheDirectionOfTheText()
+{
+    QVERIFY(fit(u"مراجعة Kelp"_s).rightToLeft);
+    QVERIFY(!fit(u"Kelp مراجعة"_s).rightToLeft);
+}
+
+void tst_TextFit::anEmptyTextHasNoWidth()
+{
+    QCOMPARE(fit({}).width, 0.0);
+}
+
+QTEST_MAIN(tst_TextFit)
+#include "tst_TextFit.moc"
