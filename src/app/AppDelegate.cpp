@@ -15,6 +15,7 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -75,7 +76,8 @@ void AppDelegate::migratePreferences()
 
 void AppDelegate::toggleMainWindow()
 {
-    if (m_mainWindow->isVisible() && m_mainWindow->isActiveWindow())
+    // QWidget::isActiveWindow stays false where the window was hidden and shown again within 400 ms under X11.
+    if (m_mainWindow->isVisible() && m_mainWindow->windowHandle()->isActive())
         hideMainWindow();
     else
         showMainWindow();
