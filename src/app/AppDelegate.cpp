@@ -36,7 +36,7 @@ QString sweptConfiguration()
 } // namespace
 
 AppDelegate::AppDelegate(Clock &clock, Platform &platform)
-    : m_clock(clock), m_opener(platform.makeUrlOpener()), m_screenCover(platform.makeScreenCover()),
+    : m_clock(clock), m_platform(platform), m_opener(platform.makeUrlOpener()), m_screenCover(platform.makeScreenCover()),
       m_systemEvents(platform.makeSystemEvents()), m_preferencesFile(sweptConfiguration() + u"/preferences.json"_s),
       m_preferences(m_preferencesFile), m_http(clock), m_endpoints(GoogleEndpoints::fromEnvironment()),
       m_auth({m_preferences, m_http, clock, *m_opener}, m_endpoints, builtInClient, folders::data()),
@@ -92,8 +92,7 @@ void AppDelegate::showMainWindow()
         m_mainWindow->move(available.center() - m_mainWindow->rect().center());
     }
     m_mainWindow->show();
-    m_mainWindow->raise();
-    m_mainWindow->activateWindow();
+    m_platform.activate(*m_mainWindow);
 }
 
 void AppDelegate::hideMainWindow() { m_mainWindow->hide(); }

@@ -48,6 +48,7 @@ private:
     void welcome();
 
     Clock &m_clock;
+    Platform &m_platform;
     std::unique_ptr<UrlOpener> m_opener;
     std::unique_ptr<ScreenCover> m_screenCover;
     std::unique_ptr<SystemEvents> m_systemEvents;

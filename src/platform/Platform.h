@@ -2,6 +2,8 @@
 
 #include <memory>
 
+class QWidget;
+
 namespace kelp {
 
 class Clock;
@@ -20,6 +22,8 @@ public:
     [[nodiscard]] virtual std::unique_ptr<SingleInstance> makeSingleInstance(Clock &clock) = 0;
     [[nodiscard]] virtual std::unique_ptr<SystemEvents> makeSystemEvents() = 0;
     [[nodiscard]] virtual std::unique_ptr<UrlOpener> makeUrlOpener() = 0;
+    /// Brings a window that is shown to the front and gives it the keyboard, because the user has asked for it.
+    virtual void activate(QWidget &window) = 0;
 
     /// The one this build is for. Needs the QApplication.
     [[nodiscard]] static std::unique_ptr<Platform> make();

@@ -3,10 +3,12 @@
 #include "platform/linux/DBusSingleInstance.h"
 #include "platform/linux/DBusSystemEvents.h"
 #include "platform/linux/GioUrlOpener.h"
+#include "platform/linux/x11/X11Activation.h"
 #include "platform/linux/x11/X11ScreenCover.h"
 #include "platform/null/PlainScreenCover.h"
 
 #include <QGuiApplication>
+#include <QWidget>
 
 namespace kelp {
 
@@ -18,7 +20,7 @@ class LinuxPlatform final : public Platform
 public:
     [[nodiscard]] std::unique_ptr<ScreenCover> makeScreenCover() override
     {
-        if (QGuiApplication::platformName() == QLatin1String("xcb"))
+        if (isX11())
             return std::make_unique<X11ScreenCover>();
         return std::make_unique<PlainScreenCover>();
     }
@@ -31,6 +33,16 @@ public:
         return std::make_unique<DBusSystemEvents>();
     }
     [[nodiscard]] std::unique_ptr<UrlOpener> makeUrlOpener() override { return std::make_unique<GioUrlOpener>(); }
+    void activate(QWidget &window) override
+    {
+        window.raise();
+        window.activateWindow();
+        if (isX11())
+            activateX11Window(window);
+    }
+
+private:
+    [[nodiscard]] static bool isX11() { return QGuiApplication::platformName() == QLatin1String("xcb"); }
 };
 
 } // namespace
