@@ -49,7 +49,7 @@ void tst_UrlOpener::opensALinkByteForByte_data()
     for (const char *each :
          {"https://meet.google.com/abc-defg-hij", "http://127.0.0.1:8080/o/oauth2?a=b%20c&d=%2F%3A+e",
           "https://example.com/a%2Fb;c=d/?q=%C3%A9%22%27%24(x)&amp;y=*~#top%20'",
-          "https://teams.microsoft.com/l/meetup-join/19%3ameeting_x%40thread.v2/0?context=%7b%22Tid%22%7d"})
+          "https://teams.microsoft.com/l/meetup-join/19%3Ameeting_x%40thread.v2/0?context=%7B%22Tid%22%7D"})
         QTest::newRow(each) << QByteArray(each);
 }
 
