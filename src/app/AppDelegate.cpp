@@ -16,7 +16,6 @@
 
 #include <QGuiApplication>
 #include <QScreen>
-#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -78,9 +77,7 @@ void AppDelegate::migratePreferences()
 
 void AppDelegate::toggleMainWindow(const QString &token)
 {
-    // Not isActiveWindow(), which stays false where a window is hidden and shown so quickly that its focus never left.
-    const QWindow *window = m_mainWindow->windowHandle();
-    if (m_mainWindow->isVisible() && window && window->isActive())
+    if (m_activator->isActive(*m_mainWindow))
         hideMainWindow();
     else
         showMainWindow(token);

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QWidget>
+#include <QWindow>
 
 namespace kelp {
 
@@ -13,6 +14,11 @@ void TokenWindowActivator::activate(QWidget &window, const QString &token)
     window.show();
     window.raise();
     window.activateWindow();
+}
+
+bool TokenWindowActivator::isActive(const QWidget &window) const
+{
+    return window.isVisible() && window.windowHandle() && window.windowHandle()->isActive();
 }
 
 } // namespace kelp

@@ -9,6 +9,7 @@ class TokenWindowActivator final : public WindowActivator
 {
 public:
     void activate(QWidget &window, const QString &token) override;
+    [[nodiscard]] bool isActive(const QWidget &window) const override;
 };
 
 } // namespace kelp

@@ -23,6 +23,11 @@ xcb_atom_t atom(xcb_connection_t *connection, const char *name)
     return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
+xcb_connection_t *connectionToServer()
+{
+    return qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+}
+
 } // namespace
 
 void X11WindowActivator::activate(QWidget &window, const QString &)
@@ -31,7 +36,7 @@ void X11WindowActivator::activate(QWidget &window, const QString &)
     window.raise();
     window.activateWindow();
 
-    xcb_connection_t *connection = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+    xcb_connection_t *connection = connectionToServer();
     xcb_client_message_event_t request{};
     request.response_type = XCB_CLIENT_MESSAGE;
     request.format = 32;
@@ -42,6 +47,15 @@ void X11WindowActivator::activate(QWidget &window, const QString &)
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char *>(&request));
     xcb_flush(connection);
+}
+
+bool X11WindowActivator::isActive(const QWidget &window) const
+{
+    // Qt waits for 400 ms before it takes notice of a lost focus; the server knows at once.
+    xcb_connection_t *connection = connectionToServer();
+    const std::unique_ptr<xcb_get_input_focus_reply_t, decltype(&std::free)> reply(
+        xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr), &std::free);
+    return window.isVisible() && reply && reply->focus == window.winId();
 }
 
 } // namespace kelp

@@ -11,6 +11,7 @@ class X11WindowActivator final : public WindowActivator
 {
 public:
     void activate(QWidget &window, const QString &token) override;
+    [[nodiscard]] bool isActive(const QWidget &window) const override;
 };
 
 } // namespace kelp
