@@ -9,6 +9,7 @@
 #include "platform/ScreenCover.h"
 #include "platform/SystemEvents.h"
 #include "platform/UrlOpener.h"
+#include "platform/WindowActivator.h"
 #include "schedule/DuePolicy.h"
 #include "schedule/SnoozePolicy.h"
 #include "settings/SettingsView.h"
@@ -36,7 +37,8 @@ QString sweptConfiguration()
 } // namespace
 
 AppDelegate::AppDelegate(Clock &clock, Platform &platform)
-    : m_clock(clock), m_platform(platform), m_opener(platform.makeUrlOpener()), m_screenCover(platform.makeScreenCover()),
+    : m_clock(clock), m_opener(platform.makeUrlOpener()), m_screenCover(platform.makeScreenCover()),
+      m_activator(platform.makeWindowActivator()),
       m_systemEvents(platform.makeSystemEvents()), m_preferencesFile(sweptConfiguration() + u"/preferences.json"_s),
       m_preferences(m_preferencesFile), m_http(clock), m_endpoints(GoogleEndpoints::fromEnvironment()),
       m_auth({m_preferences, m_http, clock, *m_opener}, m_endpoints, builtInClient, folders::data()),
@@ -74,16 +76,17 @@ void AppDelegate::migratePreferences()
         m_preferences.set(preference::sound, u"None"_s);
 }
 
-void AppDelegate::toggleMainWindow()
+void AppDelegate::toggleMainWindow(const QString &token)
 {
-    // QWidget::isActiveWindow stays false where the window was hidden and shown again within 400 ms under X11.
-    if (m_mainWindow->isVisible() && m_mainWindow->windowHandle()->isActive())
+    // Not isActiveWindow(), which stays false where a window is hidden and shown so quickly that its focus never left.
+    const QWindow *window = m_mainWindow->windowHandle();
+    if (m_mainWindow->isVisible() && window && window->isActive())
         hideMainWindow();
     else
-        showMainWindow();
+        showMainWindow(token);
 }
 
-void AppDelegate::showMainWindow()
+void AppDelegate::showMainWindow(const QString &token)
 {
     if (!m_mainWindow->isVisible()) {
         m_mainWindow->adjustSize();
@@ -91,8 +94,7 @@ void AppDelegate::showMainWindow()
         const QRect available = screen ? screen->availableGeometry() : QRect();
         m_mainWindow->move(available.center() - m_mainWindow->rect().center());
     }
-    m_mainWindow->show();
-    m_platform.activate(*m_mainWindow);
+    m_activator->activate(*m_mainWindow, token);
 }
 
 void AppDelegate::hideMainWindow() { m_mainWindow->hide(); }

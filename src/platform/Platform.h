@@ -2,8 +2,6 @@
 
 #include <memory>
 
-class QWidget;
-
 namespace kelp {
 
 class Clock;
@@ -11,6 +9,7 @@ class ScreenCover;
 class SingleInstance;
 class SystemEvents;
 class UrlOpener;
+class WindowActivator;
 
 /// The desktop that Kelp runs on.
 class Platform
@@ -22,9 +21,10 @@ public:
     [[nodiscard]] virtual std::unique_ptr<SingleInstance> makeSingleInstance(Clock &clock) = 0;
     [[nodiscard]] virtual std::unique_ptr<SystemEvents> makeSystemEvents() = 0;
     [[nodiscard]] virtual std::unique_ptr<UrlOpener> makeUrlOpener() = 0;
-    /// Brings a window that is shown to the front and gives it the keyboard, because the user has asked for it.
-    virtual void activate(QWidget &window) = 0;
+    [[nodiscard]] virtual std::unique_ptr<WindowActivator> makeWindowActivator() = 0;
 
+    /// What has to be done before the QApplication is made.
+    static void prepare();
     /// The one this build is for. Needs the QApplication.
     [[nodiscard]] static std::unique_ptr<Platform> make();
 };

@@ -1,14 +1,16 @@
 #include "platform/Platform.h"
 
+#include "base/Logging.h"
+#include "platform/linux/BusProbe.h"
 #include "platform/linux/DBusSingleInstance.h"
 #include "platform/linux/DBusSystemEvents.h"
 #include "platform/linux/GioUrlOpener.h"
-#include "platform/linux/x11/X11Activation.h"
+#include "platform/linux/TokenWindowActivator.h"
 #include "platform/linux/x11/X11ScreenCover.h"
+#include "platform/linux/x11/X11WindowActivator.h"
 #include "platform/null/PlainScreenCover.h"
 
 #include <QGuiApplication>
-#include <QWidget>
 
 namespace kelp {
 
@@ -33,12 +35,11 @@ public:
         return std::make_unique<DBusSystemEvents>();
     }
     [[nodiscard]] std::unique_ptr<UrlOpener> makeUrlOpener() override { return std::make_unique<GioUrlOpener>(); }
-    void activate(QWidget &window) override
+    [[nodiscard]] std::unique_ptr<WindowActivator> makeWindowActivator() override
     {
-        window.raise();
-        window.activateWindow();
         if (isX11())
-            activateX11Window(window);
+            return std::make_unique<X11WindowActivator>();
+        return std::make_unique<TokenWindowActivator>();
     }
 
 private:
@@ -46,6 +47,16 @@ private:
 };
 
 } // namespace
+
+void Platform::prepare()
+{
+    // Qt asks the session bus for the accessibility bus when the event loop starts, and waits for the answer.
+    constexpr double patience = 1; // seconds
+    if (!busHangs(sessionBusAddress(), patience))
+        return;
+    qCWarning(logPlatform) << "the session bus does not answer; going on without one";
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+}
 
 std::unique_ptr<Platform> Platform::make() { return std::make_unique<LinuxPlatform>(); }
 
