@@ -33,8 +33,8 @@ void SignInAttempt::start()
         return;
     }
     m_redirectUri = *redirectUri;
-    const QUrl page = consentUrl();
-    if (!m_services.opener.hasHandler(page)) {
+    const QString page = consentUrl();
+    if (!m_services.opener.hasHandler(page.section(u':', 0, 0))) {
         Q_EMIT failed(AuthError::fromServer(u"No web browser is set up to open Google's sign-in page."_s));
         return;
     }
@@ -42,7 +42,7 @@ void SignInAttempt::start()
     m_services.opener.open(page);
 }
 
-QUrl SignInAttempt::consentUrl() const
+QString SignInAttempt::consentUrl() const
 {
     const QList<std::pair<QByteArray, QString>> items{
         {"client_id", m_clientID},
@@ -58,7 +58,7 @@ QUrl SignInAttempt::consentUrl() const
     QByteArray url = m_endpoints.authorization.toUtf8();
     for (qsizetype i = 0; i < items.size(); ++i)
         url += (i == 0 ? '?' : '&') + items[i].first + '=' + percentEncoded(items[i].second);
-    return QUrl::fromEncoded(url, QUrl::StrictMode);
+    return QString::fromUtf8(url);
 }
 
 void SignInAttempt::exchangeCode(const LoopbackServer::Outcome &code)

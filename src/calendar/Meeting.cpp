@@ -114,8 +114,8 @@ void Meeting::join(UrlOpener &opener) const
 {
     if (!canJoin())
         return;
-    const std::optional<QUrl> application = joinURL->applicationUrl();
-    opener.open(application && opener.hasHandler(*application) ? *application : joinURL->url());
+    const std::optional<QString> application = joinURL->applicationLink();
+    opener.open(application && opener.hasHandler(u"zoommtg"_s) ? *application : joinURL->text());
 }
 
 } // namespace kelp

@@ -2,7 +2,7 @@
 
 #include "base/Uri.h"
 
-#include <QUrlQuery>
+#include <QUrl>
 
 #include <algorithm>
 #include <array>
@@ -95,8 +95,6 @@ std::optional<MeetingLink> MeetingLink::fromText(const QString &text)
     return MeetingLink(text);
 }
 
-QUrl MeetingLink::url() const { return QUrl(m_text, QUrl::StrictMode); }
-
 std::optional<QString> MeetingLink::provider() const
 {
     const QString host = Uri::parse(m_text)->host.value_or(QString()).toLower();
@@ -112,7 +110,7 @@ bool MeetingLink::isWebLink() const
     return (scheme == "https"_L1 || scheme == "http"_L1) && !uri.host.value_or(QString()).isEmpty();
 }
 
-std::optional<QUrl> MeetingLink::applicationUrl() const
+std::optional<QString> MeetingLink::applicationLink() const
 {
     const Uri uri = *Uri::parse(m_text);
     if (!uri.host.value_or(QString()).contains(zoomDomain))
@@ -125,7 +123,7 @@ std::optional<QUrl> MeetingLink::applicationUrl() const
     QByteArray link = "zoommtg://zoom.us/join?action=join&confno=" + percentEncoded(components[number]);
     if (const std::optional<QString> password = uri.queryValue(u"pwd"))
         link += "&pwd=" + percentEncoded(*password);
-    return QUrl::fromEncoded(link, QUrl::StrictMode);
+    return QString::fromLatin1(link);
 }
 
 std::optional<QString> findMeetingLink(const QString &text)

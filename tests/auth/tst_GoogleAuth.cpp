@@ -77,7 +77,7 @@ private:
     /// Answers the consent page as the browser would.
     void redirect(const QByteArray &query);
     void signInWhole(const QByteArray &email, const QByteArray &tokenAnswer = tokens);
-    [[nodiscard]] Uri consentUri() const { return *Uri::parse(QString::fromLatin1(opener->opened.last().toEncoded())); }
+    [[nodiscard]] Uri consentUri() const { return *Uri::parse(opener->opened.last()); }
     [[nodiscard]] Uri form(qsizetype request) const
     {
         return *Uri::parse(u"?"_s + QString::fromLatin1(http->sent()[request].body));

@@ -207,10 +207,7 @@ void tst_Meeting::opensTheApplicationWhereThereIsOne()
     opener.handledSchemes.append(u"zoommtg"_s);
     zoom->join(opener);
     meeting(R"({"hangoutLink": "https://zoom.us/my/ada"})")->join(opener);
-    QStringList opened;
-    for (const QUrl &url : opener.opened)
-        opened.append(QString::fromLatin1(url.toEncoded()));
-    QCOMPARE(opened, QStringList({u"https://zoom.us/j/85551234567?pwd=XyZ"_s,
+    QCOMPARE(opener.opened, QStringList({u"https://zoom.us/j/85551234567?pwd=XyZ"_s,
                                   u"zoommtg://zoom.us/join?action=join&confno=85551234567&pwd=XyZ"_s,
                                   u"https://zoom.us/my/ada"_s}));
 }

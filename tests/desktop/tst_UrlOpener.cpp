@@ -49,24 +49,22 @@ void tst_UrlOpener::opensALinkByteForByte_data()
     for (const char *each :
          {"https://meet.google.com/abc-defg-hij", "http://127.0.0.1:8080/o/oauth2?a=b%20c&d=%2F%3A+e",
           "https://example.com/a%2Fb;c=d/?q=%C3%A9%22%27%24(x)&amp;y=*~#top%20'",
-          "https://teams.microsoft.com/l/meetup-join/19%3Ameeting_x%40thread.v2/0?context=%7B%22Tid%22%7D"})
+          "https://Teams.Microsoft.com/l/meetup-join/19%3ameeting_x%40thread.v2/0?context=%7b%22Tid%22%7d"})
         QTest::newRow(each) << QByteArray(each);
 }
 
 void tst_UrlOpener::opensALinkByteForByte()
 {
     QFETCH(QByteArray, link);
-    const QUrl url = QUrl::fromEncoded(link, QUrl::StrictMode);
-    QVERIFY(url.isValid());
-    opener.open(url);
+    opener.open(QString::fromLatin1(link));
     QTRY_COMPARE(desktop.opened().size(), 1);
     QCOMPARE(desktop.opened().first(), link);
 }
 
 void tst_UrlOpener::knowsWhetherAnApplicationIsInstalled()
 {
-    const QUrl conference(u"zoommtg://zoom.us/join?action=join&confno=1"_s);
-    QVERIFY(opener.hasHandler(QUrl(u"https://example.com"_s)));
+    const QString conference = u"zoommtg"_s;
+    QVERIFY(opener.hasHandler(u"https"_s));
     QVERIFY(!opener.hasHandler(conference));
     desktop.registerHandler(u"zoommtg"_s);
     QTRY_VERIFY(opener.hasHandler(conference));
@@ -80,11 +78,11 @@ void tst_UrlOpener::joinsInTheApplicationWhereThereIsOne()
     meeting.joinURL = MeetingLink::fromText(u"https://us02web.zoom.us/j/85551234567?pwd=XyZ123"_s);
     QVERIFY(meeting.joinURL);
     desktop.registerHandler(u"zoommtg"_s);
-    QTRY_VERIFY(opener.hasHandler(QUrl(u"zoommtg://zoom.us/join"_s)));
+    QTRY_VERIFY(opener.hasHandler(u"zoommtg"_s));
     meeting.join(opener);
     QTRY_COMPARE(desktop.opened().value(0), "zoommtg://zoom.us/join?action=join&confno=85551234567&pwd=XyZ123");
     desktop.unregisterHandler(u"zoommtg"_s);
-    QTRY_VERIFY(!opener.hasHandler(QUrl(u"zoommtg://zoom.us/join"_s)));
+    QTRY_VERIFY(!opener.hasHandler(u"zoommtg"_s));
     meeting.join(opener);
     QTRY_COMPARE(desktop.opened().value(1), "https://us02web.zoom.us/j/85551234567?pwd=XyZ123");
 }
@@ -108,11 +106,11 @@ void tst_UrlOpener::opensNothingElse()
     for (const QString &each : schemes)
         desktop.registerHandler(each);
     for (const QString &each : schemes)
-        QTRY_VERIFY(opener.hasHandler(QUrl(each + u"://x"_s)));
-    opener.open(QUrl(link));
-    const QUrl after(u"https://example.com/after"_s);
+        QTRY_VERIFY(opener.hasHandler(each));
+    opener.open(link);
+    const QString after = u"https://example.com/after"_s;
     opener.open(after);
-    QTRY_VERIFY(desktop.opened().contains(after.toEncoded()));
+    QTRY_VERIFY(desktop.opened().contains(after.toLatin1()));
     QCOMPARE(desktop.opened().size(), 1);
     for (const QString &each : schemes)
         desktop.unregisterHandler(each);

@@ -27,8 +27,10 @@ void checkJoining(const MeetingLink &link)
     opener.handledSchemes = {u"zoommtg"_s};
     meeting.join(opener);
     FUZZ_EXPECT(opener.opened.size() == (meeting.canJoin() ? 2 : 0));
-    for (const QUrl &url : std::as_const(opener.opened)) {
-        FUZZ_EXPECT(isOpenable(url));
+    for (const QString &opened : std::as_const(opener.opened)) {
+        FUZZ_EXPECT(isOpenable(opened));
+        const QUrl url(opened, QUrl::StrictMode);
+        FUZZ_EXPECT(url.isValid());
         if (url.scheme() != "zoommtg"_L1)
             continue;
         FUZZ_EXPECT(url.host() == "zoom.us"_L1 && !url.hasFragment());
@@ -45,9 +47,8 @@ void checkLink(const QString &text)
         return;
     FUZZ_EXPECT(link->text() == text && !text.isEmpty());
     FUZZ_EXPECT(std::none_of(text.begin(), text.end(), [](QChar c) { return c.isSpace() || c == u'"' || c == u'<'; }));
-    FUZZ_EXPECT(link->url().isValid());
     FUZZ_EXPECT(!link->provider() || !link->provider()->isEmpty());
-    FUZZ_EXPECT(!link->isWebLink() || link->url().scheme().startsWith("http"_L1));
+    FUZZ_EXPECT(!link->isWebLink() || link->text().startsWith("http"_L1, Qt::CaseInsensitive));
     checkJoining(*link);
 }
 

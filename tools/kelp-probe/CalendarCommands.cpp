@@ -20,7 +20,7 @@ QJsonValue describe(const std::optional<Meeting> &meeting)
 {
     if (!meeting)
         return {};
-    const auto application = meeting->joinURL ? meeting->joinURL->applicationUrl() : std::nullopt;
+    const auto application = meeting->joinURL ? meeting->joinURL->applicationLink() : std::nullopt;
     return QJsonObject{
         {u"id"_s, meeting->id},
         {u"title"_s, meeting->title},
@@ -31,7 +31,7 @@ QJsonValue describe(const std::optional<Meeting> &meeting)
         {u"calendarName"_s, meeting->calendarName},
         {u"calendarID"_s, meeting->calendarID},
         {u"provider"_s, orNull(meeting->provider())},
-        {u"appURL"_s, application ? QJsonValue(QString::fromLatin1(application->toEncoded())) : QJsonValue()},
+        {u"appURL"_s, orNull(application)},
     };
 }
 
