@@ -23,7 +23,8 @@ namespace kelp {
 
 namespace {
 
-const GoogleAuth::Client builtInClient{QStringLiteral(KELP_GOOGLE_CLIENT_ID), QStringLiteral(KELP_GOOGLE_CLIENT_SECRET)};
+const GoogleAuth::Client builtInClient{QStringLiteral(KELP_GOOGLE_CLIENT_ID),
+                                       QStringLiteral(KELP_GOOGLE_CLIENT_SECRET)};
 
 /// Removes what saves that were cut short left behind, before anything is read.
 QString sweptConfiguration()
@@ -36,10 +37,15 @@ QString sweptConfiguration()
 } // namespace
 
 AppDelegate::AppDelegate(Clock &clock, Platform &platform)
-    : m_clock(clock), m_opener(platform.makeUrlOpener()), m_screenCover(platform.makeScreenCover()),
+    : m_clock(clock),
+      m_opener(platform.makeUrlOpener()),
+      m_screenCover(platform.makeScreenCover()),
       m_activator(platform.makeWindowActivator()),
-      m_systemEvents(platform.makeSystemEvents()), m_preferencesFile(sweptConfiguration() + u"/preferences.json"_s),
-      m_preferences(m_preferencesFile), m_http(clock), m_endpoints(GoogleEndpoints::fromEnvironment()),
+      m_systemEvents(platform.makeSystemEvents()),
+      m_preferencesFile(sweptConfiguration() + u"/preferences.json"_s),
+      m_preferences(m_preferencesFile),
+      m_http(clock),
+      m_endpoints(GoogleEndpoints::fromEnvironment()),
       m_auth({m_preferences, m_http, clock, *m_opener}, m_endpoints, builtInClient, folders::data()),
       m_calendarClient(m_auth, m_http, clock, m_endpoints.api),
       m_scheduler({m_preferences, clock, m_calendarClient, m_auth}),
@@ -94,7 +100,10 @@ void AppDelegate::showMainWindow(const QString &token)
     m_activator->activate(*m_mainWindow, token);
 }
 
-void AppDelegate::hideMainWindow() { m_mainWindow->hide(); }
+void AppDelegate::hideMainWindow()
+{
+    m_mainWindow->hide();
+}
 
 bool AppDelegate::onDue(const Meeting &meeting)
 {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "auth/GoogleAuth.h"
 #include "base/AtomicFile.h"
 #include "base/NetworkHttpClient.h"
 #include "calendar/CalendarClient.h"
 #include "preferences/Preferences.h"
-#include "auth/GoogleAuth.h"
 #include "schedule/Scheduler.h"
 
 #include <QObject>

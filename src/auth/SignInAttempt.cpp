@@ -19,8 +19,13 @@ const QString scope = u"https://www.googleapis.com/auth/calendar.readonly"_s;
 
 SignInAttempt::SignInAttempt(Services services, GoogleEndpoints endpoints, QString clientID, QString clientSecret,
                              QObject *parent)
-    : QObject(parent), m_services(services), m_endpoints(std::move(endpoints)), m_clientID(std::move(clientID)),
-      m_clientSecret(std::move(clientSecret)), m_verifier(randomURLSafe(32)), m_state(randomURLSafe(16)),
+    : QObject(parent),
+      m_services(services),
+      m_endpoints(std::move(endpoints)),
+      m_clientID(std::move(clientID)),
+      m_clientSecret(std::move(clientSecret)),
+      m_verifier(randomURLSafe(32)),
+      m_state(randomURLSafe(16)),
       m_server(services.clock, m_state)
 {
 }
@@ -73,7 +78,8 @@ void SignInAttempt::exchangeCode(const LoopbackServer::Outcome &code)
                                       {"redirect_uri", m_redirectUri},
                                       {"grant_type", u"authorization_code"_s},
                                       {"code_verifier", m_verifier}},
-                                     this, [this](const Result<QJsonObject, AuthError> &answer) { takeTokens(answer); });
+                                     this,
+                                     [this](const Result<QJsonObject, AuthError> &answer) { takeTokens(answer); });
 }
 
 void SignInAttempt::takeTokens(const Result<QJsonObject, AuthError> &answer)

@@ -37,7 +37,10 @@ constexpr std::array providers{
 constexpr std::array zoomPaths{"/j/"_L1, "/my/"_L1, "/w/"_L1, "/s/"_L1};
 
 /// What ends a link in free text: white space of any script, quotes and angle brackets.
-bool endsLink(QChar c) { return c.isSpace() || c == u'"' || c == u'\'' || c == u'<' || c == u'>'; }
+bool endsLink(QChar c)
+{
+    return c.isSpace() || c == u'"' || c == u'\'' || c == u'<' || c == u'>';
+}
 
 /// Like QString::toCaseFolded, but never changes the length.
 QString caseFolded(const QString &text)

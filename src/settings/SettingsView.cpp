@@ -41,8 +41,12 @@ void setPixelSize(QWidget *widget, int size, QFont::Weight weight = QFont::Norma
 } // namespace
 
 SettingsView::SettingsView(GoogleAuth &auth, Scheduler &scheduler, Preferences &preferences, QWidget *parent)
-    : QWidget(parent), m_auth(auth), m_scheduler(scheduler), m_preferences(preferences),
-      m_column(new QVBoxLayout(this)), m_accounts(new QWidget(this))
+    : QWidget(parent),
+      m_auth(auth),
+      m_scheduler(scheduler),
+      m_preferences(preferences),
+      m_column(new QVBoxLayout(this)),
+      m_accounts(new QWidget(this))
 {
     m_column->setContentsMargins(margin, 14, margin, margin);
     m_column->setSpacing(12);
@@ -174,8 +178,8 @@ QWidget *SettingsView::accountRow(const Account &account)
 
 void SettingsView::confirmRemoval(const Account &account)
 {
-    auto *question = new QMessageBox(QMessageBox::Question, u"Kelp"_s, u"Remove "_s + account.email,
-                                     QMessageBox::Cancel, this);
+    auto *question =
+        new QMessageBox(QMessageBox::Question, u"Kelp"_s, u"Remove "_s + account.email, QMessageBox::Cancel, this);
     question->setTextFormat(Qt::PlainText);
     question->addButton(u"Remove"_s, QMessageBox::DestructiveRole);
     question->setAttribute(Qt::WA_DeleteOnClose);

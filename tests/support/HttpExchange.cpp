@@ -15,9 +15,10 @@ namespace kelp::test {
 namespace {
 
 /// Sends `request` to the port of 127.0.0.1 and reads until the other side closes or `isEnough`, waiting no longer than
-/// `patience` seconds for a byte. Returns false where there is no connection or where it is reset, which a QTcpSocket does
-/// not tell from a proper end.
-bool transfer(int port, const QByteArray &request, int patience, QByteArray &answer, const std::function<bool()> &isEnough)
+/// `patience` seconds for a byte. Returns false where there is no connection or where it is reset, which a QTcpSocket
+/// does not tell from a proper end.
+bool transfer(int port, const QByteArray &request, int patience, QByteArray &answer,
+              const std::function<bool()> &isEnough)
 {
     const int connection = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     const timeval timeLimit{patience, 0};

@@ -1,10 +1,10 @@
 #include "support/PrivateDesktop.h"
 
-#include <QRect>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRect>
 
 using namespace Qt::StringLiterals;
 

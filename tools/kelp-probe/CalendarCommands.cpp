@@ -14,7 +14,10 @@ namespace kelp::probe {
 
 namespace {
 
-QJsonValue orNull(const std::optional<QString> &text) { return text ? QJsonValue(*text) : QJsonValue(); }
+QJsonValue orNull(const std::optional<QString> &text)
+{
+    return text ? QJsonValue(*text) : QJsonValue();
+}
 
 QJsonValue describe(const std::optional<Meeting> &meeting)
 {
@@ -38,9 +41,8 @@ QJsonValue describe(const std::optional<Meeting> &meeting)
 template<typename List>
 void writeOutcome(const Result<List, DecodingError> &list)
 {
-    const QJsonObject outcome =
-        list ? QJsonObject{{u"ok"_s, true}, {u"count"_s, list->items ? list->items->size() : 0}}
-             : QJsonObject{{u"ok"_s, false}, {u"error"_s, list.error().description()}};
+    const QJsonObject outcome = list ? QJsonObject{{u"ok"_s, true}, {u"count"_s, list->items ? list->items->size() : 0}}
+                                     : QJsonObject{{u"ok"_s, false}, {u"error"_s, list.error().description()}};
     writeLine(QJsonDocument(outcome).toJson(QJsonDocument::Compact));
 }
 

@@ -19,7 +19,10 @@ namespace {
 
 using Arguments = QJsonObject;
 
-Instant instant(const Arguments &arguments, QLatin1StringView name) { return {arguments.value(name).toDouble()}; }
+Instant instant(const Arguments &arguments, QLatin1StringView name)
+{
+    return {arguments.value(name).toDouble()};
+}
 
 QString cardCountdown(const Arguments &arguments)
 {
@@ -51,8 +54,8 @@ QString welcomeNext(const Arguments &arguments)
 {
     WelcomeCard card;
     if (arguments.value("start"_L1).isDouble()) {
-        card.content.next = Meeting{.title = arguments.value("title"_L1).toString(),
-                                    .start = instant(arguments, "start"_L1)};
+        card.content.next =
+            Meeting{.title = arguments.value("title"_L1).toString(), .start = instant(arguments, "start"_L1)};
     }
     return card.nextLine(instant(arguments, "now"_L1));
 }

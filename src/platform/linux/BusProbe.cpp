@@ -69,8 +69,8 @@ bool busHangs(const QByteArray &address, double seconds)
         const Watchdog watchdog(cancellable.get(), seconds);
         constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                                  G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-        const Owned<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
-            address.constData(), flags, nullptr, cancellable.get(), &error));
+        const Owned<GDBusConnection> connection(
+            g_dbus_connection_new_for_address_sync(address.constData(), flags, nullptr, cancellable.get(), &error));
         if (connection)
             g_dbus_connection_close_sync(connection.get(), nullptr, nullptr);
     }

@@ -21,7 +21,10 @@ struct Unref
 using AppInfo = std::unique_ptr<GAppInfo, Unref>;
 
 /// All of a link that a log may have.
-QString schemeOf(const QString &link) { return link.section(u':', 0, 0); }
+QString schemeOf(const QString &link)
+{
+    return link.section(u':', 0, 0);
+}
 
 } // namespace
 

@@ -58,6 +58,9 @@ void Platform::prepare()
     qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
 }
 
-std::unique_ptr<Platform> Platform::make() { return std::make_unique<LinuxPlatform>(); }
+std::unique_ptr<Platform> Platform::make()
+{
+    return std::make_unique<LinuxPlatform>();
+}
 
 } // namespace kelp
