@@ -49,7 +49,7 @@ set(KELP_TEST_ENVIRONMENT
     "HOME=${CMAKE_BINARY_DIR}/test-home" "XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/test-home/config"
     "XDG_DATA_HOME=${CMAKE_BINARY_DIR}/test-home/data" "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/test-home/run"
     "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent" "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent"
-    "ASAN_OPTIONS=detect_leaks=0" "UBSAN_OPTIONS=print_stacktrace=1"
+    "ASAN_OPTIONS=detect_leaks=1" "UBSAN_OPTIONS=print_stacktrace=1"
     "KELP_TEST_DATA=${CMAKE_SOURCE_DIR}/tests/data" "KELP_BINARY_DIR=${CMAKE_BINARY_DIR}")
 
 # kelp_test(<folder>/<tst_Type> [SOURCES <file>...] [USES <library>...] [TIMEOUT <seconds>])

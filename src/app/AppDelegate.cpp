@@ -9,6 +9,7 @@
 #include "platform/ScreenCover.h"
 #include "platform/SystemEvents.h"
 #include "platform/UrlOpener.h"
+#include "platform/WindowActivator.h"
 #include "schedule/DuePolicy.h"
 #include "schedule/SnoozePolicy.h"
 #include "settings/SettingsView.h"
@@ -22,7 +23,8 @@ namespace kelp {
 
 namespace {
 
-const GoogleAuth::Client builtInClient{QStringLiteral(KELP_GOOGLE_CLIENT_ID), QStringLiteral(KELP_GOOGLE_CLIENT_SECRET)};
+const GoogleAuth::Client builtInClient{QStringLiteral(KELP_GOOGLE_CLIENT_ID),
+                                       QStringLiteral(KELP_GOOGLE_CLIENT_SECRET)};
 
 /// Removes what saves that were cut short left behind, before anything is read.
 QString sweptConfiguration()
@@ -35,9 +37,15 @@ QString sweptConfiguration()
 } // namespace
 
 AppDelegate::AppDelegate(Clock &clock, Platform &platform)
-    : m_clock(clock), m_opener(platform.makeUrlOpener()), m_screenCover(platform.makeScreenCover()),
-      m_systemEvents(platform.makeSystemEvents()), m_preferencesFile(sweptConfiguration() + u"/preferences.json"_s),
-      m_preferences(m_preferencesFile), m_http(clock), m_endpoints(GoogleEndpoints::fromEnvironment()),
+    : m_clock(clock),
+      m_opener(platform.makeUrlOpener()),
+      m_screenCover(platform.makeScreenCover()),
+      m_activator(platform.makeWindowActivator()),
+      m_systemEvents(platform.makeSystemEvents()),
+      m_preferencesFile(sweptConfiguration() + u"/preferences.json"_s),
+      m_preferences(m_preferencesFile),
+      m_http(clock),
+      m_endpoints(GoogleEndpoints::fromEnvironment()),
       m_auth({m_preferences, m_http, clock, *m_opener}, m_endpoints, builtInClient, folders::data()),
       m_calendarClient(m_auth, m_http, clock, m_endpoints.api),
       m_scheduler({m_preferences, clock, m_calendarClient, m_auth}),
@@ -73,15 +81,15 @@ void AppDelegate::migratePreferences()
         m_preferences.set(preference::sound, u"None"_s);
 }
 
-void AppDelegate::toggleMainWindow()
+void AppDelegate::toggleMainWindow(const QString &token)
 {
-    if (m_mainWindow->isVisible() && m_mainWindow->isActiveWindow())
+    if (m_activator->isActive(*m_mainWindow))
         hideMainWindow();
     else
-        showMainWindow();
+        showMainWindow(token);
 }
 
-void AppDelegate::showMainWindow()
+void AppDelegate::showMainWindow(const QString &token)
 {
     if (!m_mainWindow->isVisible()) {
         m_mainWindow->adjustSize();
@@ -89,12 +97,13 @@ void AppDelegate::showMainWindow()
         const QRect available = screen ? screen->availableGeometry() : QRect();
         m_mainWindow->move(available.center() - m_mainWindow->rect().center());
     }
-    m_mainWindow->show();
-    m_mainWindow->raise();
-    m_mainWindow->activateWindow();
+    m_activator->activate(*m_mainWindow, token);
 }
 
-void AppDelegate::hideMainWindow() { m_mainWindow->hide(); }
+void AppDelegate::hideMainWindow()
+{
+    m_mainWindow->hide();
+}
 
 bool AppDelegate::onDue(const Meeting &meeting)
 {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "auth/GoogleAuth.h"
 #include "base/AtomicFile.h"
 #include "base/NetworkHttpClient.h"
 #include "calendar/CalendarClient.h"
 #include "preferences/Preferences.h"
-#include "auth/GoogleAuth.h"
 #include "schedule/Scheduler.h"
 
 #include <QObject>
@@ -20,6 +20,7 @@ class ScreenCover;
 class SettingsView;
 class SystemEvents;
 class UrlOpener;
+class WindowActivator;
 
 /// Owns every long-lived object of the running application and wires them; the only place that knows them all.
 ///
@@ -37,11 +38,12 @@ public:
     /// The launch sequence.
     void finishLaunching();
     /// Hides the panel where the user is looking at it, else brings it to the front.
-    void toggleMainWindow();
+    /// `token` is the right to raise a window that was handed over, if any.
+    void toggleMainWindow(const QString &token = {});
 
 private:
     void migratePreferences();
-    void showMainWindow();
+    void showMainWindow(const QString &token = {});
     void hideMainWindow();
     [[nodiscard]] bool onDue(const Meeting &meeting);
     void signIn();
@@ -50,6 +52,7 @@ private:
     Clock &m_clock;
     std::unique_ptr<UrlOpener> m_opener;
     std::unique_ptr<ScreenCover> m_screenCover;
+    std::unique_ptr<WindowActivator> m_activator;
     std::unique_ptr<SystemEvents> m_systemEvents;
     AtomicFile m_preferencesFile;
     Preferences m_preferences;

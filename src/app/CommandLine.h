@@ -10,7 +10,7 @@ struct CommandLine
     enum class Mode { application, snapshot, record, help, version };
 
     Mode mode = Mode::application;
-    QString folder;       ///< of `snapshot` and `record`
+    QString folder;        ///< of `snapshot` and `record`
     QStringList clipNames; ///< of `record`; empty = all
 
     /// `arguments` include the program's path. The capture flags take a folder and are ignored as the last argument;

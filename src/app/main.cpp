@@ -24,6 +24,7 @@ QStringList textsOf(int argc, char **argv)
 
 int runApplication(int &argc, char **argv)
 {
+    Platform::prepare();
     QApplication application(argc, argv);
     QApplication::setApplicationName(u"Kelp"_s);
     QApplication::setDesktopFileName(u"app.kelp.Kelp"_s);

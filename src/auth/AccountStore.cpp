@@ -16,14 +16,6 @@ namespace {
 const QString accountsFile = u"accounts.json"_s;
 const QString olderTokenFile = u"refresh_token"_s;
 
-QString encodeAccounts(const QList<Account> &accounts)
-{
-    QJsonArray array;
-    for (const Account &account : accounts)
-        array.append(QJsonObject{{u"email"_s, account.email}, {u"refreshToken"_s, account.refreshToken}});
-    return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
-}
-
 } // namespace
 
 std::optional<QList<Account>> decodeAccounts(const QByteArray &text)
@@ -40,6 +32,14 @@ std::optional<QList<Account>> decodeAccounts(const QByteArray &text)
         accounts.append({email.toString(), refreshToken.toString()});
     }
     return accounts;
+}
+
+QString encodeAccounts(const QList<Account> &accounts)
+{
+    QJsonArray array;
+    for (const Account &account : accounts)
+        array.append(QJsonObject{{u"email"_s, account.email}, {u"refreshToken"_s, account.refreshToken}});
+    return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
 }
 
 AccountStore::AccountStore(QString folder, const Preferences &preferences)

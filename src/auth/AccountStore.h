@@ -35,5 +35,7 @@ private:
 /// The list that the text of "accounts.json" stands for; nothing where one element lacks a member or is of the wrong
 /// type.
 [[nodiscard]] std::optional<QList<Account>> decodeAccounts(const QByteArray &text);
+/// The text of "accounts.json" for the list.
+[[nodiscard]] QString encodeAccounts(const QList<Account> &accounts);
 
 } // namespace kelp

@@ -22,7 +22,10 @@ QString AuthError::description() const
     Q_UNREACHABLE();
 }
 
-AuthError AuthError::fromServer(const QString &message, bool transient) { return {Kind::server, message, transient}; }
+AuthError AuthError::fromServer(const QString &message, bool transient)
+{
+    return {Kind::server, message, transient};
+}
 
 AuthError AuthError::fromTransport(const QString &message, bool transient)
 {

@@ -17,7 +17,7 @@ struct AuthError
     };
 
     Kind kind = Kind::server;
-    QString message;       ///< of `server` and `transport`
+    QString message;        ///< of `server` and `transport`
     bool transient = false; ///< may well succeed in a few seconds: no network, or the server's own trouble
 
     /// What the user is told.

@@ -18,8 +18,12 @@ constexpr double refreshAhead = 60; ///< seconds before its expiry a token count
 
 GoogleAuth::GoogleAuth(Services services, GoogleEndpoints endpoints, Client builtIn, const QString &folder,
                        QObject *parent)
-    : QObject(parent), m_services(services), m_endpoints(std::move(endpoints)), m_builtIn(std::move(builtIn)),
-      m_store(folder, services.preferences), m_tokenEndpoint(services.http, m_endpoints.token),
+    : QObject(parent),
+      m_services(services),
+      m_endpoints(std::move(endpoints)),
+      m_builtIn(std::move(builtIn)),
+      m_store(folder, services.preferences),
+      m_tokenEndpoint(services.http, m_endpoints.token),
       m_accounts(m_store.load())
 {
 }
@@ -48,9 +52,8 @@ void GoogleAuth::signIn(QObject *context, SignInCallback callback)
     }
     if (m_attempt)
         m_attempt->stop();
-    auto *attempt = new SignInAttempt(
-        {m_services.http, m_services.clock, m_services.opener, m_tokenEndpoint}, m_endpoints, oauthClient.id,
-        oauthClient.secret, this);
+    auto *attempt = new SignInAttempt({m_services.http, m_services.clock, m_services.opener, m_tokenEndpoint},
+                                      m_endpoints, oauthClient.id, oauthClient.secret, this);
     m_attempt = attempt;
     Q_EMIT isSigningInChanged();
 
@@ -87,7 +90,10 @@ void GoogleAuth::addAccount(const Account &account, const AccessToken &token)
     saveAccounts();
 }
 
-void GoogleAuth::signOut(const Account &account) { removeAccounts(account.email); }
+void GoogleAuth::signOut(const Account &account)
+{
+    removeAccounts(account.email);
+}
 
 // By value: the caller's string may be that of an account that goes.
 void GoogleAuth::removeAccounts(QString email)
@@ -102,8 +108,8 @@ void GoogleAuth::rename(const Account &account, const QString &email)
     const QString oldEmail = account.email; // `account` may be the listed one itself
     if (email == oldEmail)
         return;
-    const auto listed = std::find_if(m_accounts.begin(), m_accounts.end(),
-                                     [&](const Account &each) { return each.email == oldEmail; });
+    const auto listed =
+        std::find_if(m_accounts.begin(), m_accounts.end(), [&](const Account &each) { return each.email == oldEmail; });
     if (listed == m_accounts.end())
         return;
     listed->email = email;

@@ -11,12 +11,18 @@ namespace kelp {
 
 namespace {
 
-bool wouldBlock() { return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR; }
+bool wouldBlock()
+{
+    return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
+}
 
 } // namespace
 
 LoopbackConnection::LoopbackConnection(int descriptor, Clock &clock, QObject *parent)
-    : QObject(parent), m_clock(clock), m_descriptor(descriptor), m_readable(descriptor, QSocketNotifier::Read),
+    : QObject(parent),
+      m_clock(clock),
+      m_descriptor(descriptor),
+      m_readable(descriptor, QSocketNotifier::Read),
       m_writable(descriptor, QSocketNotifier::Write)
 {
     ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);

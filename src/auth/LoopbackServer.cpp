@@ -41,7 +41,10 @@ void LoopbackServer::waitForCode(QObject *context, std::function<void(const Outc
     deliver();
 }
 
-void LoopbackServer::stop() { finish(Failure(AuthError{.kind = AuthError::Kind::cancelled})); }
+void LoopbackServer::stop()
+{
+    finish(Failure(AuthError{.kind = AuthError::Kind::cancelled}));
+}
 
 void LoopbackServer::accept(int descriptor)
 {
@@ -88,8 +91,9 @@ void LoopbackServer::deliver()
     if (!m_result || !m_callback || !m_waiter)
         return;
     // The callback may delete this server, which must not happen in the middle of one of its functions.
-    QMetaObject::invokeMethod(m_waiter, [callback = std::exchange(m_callback, {}), result = *m_result] { callback(result); },
-                              Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        m_waiter, [callback = std::exchange(m_callback, {}), result = *m_result] { callback(result); },
+        Qt::QueuedConnection);
 }
 
 } // namespace kelp

@@ -23,8 +23,9 @@ QByteArray response(const QByteArray &status, const QString &message)
 {
     const QByteArray page = "<html><body style=\"font-family:-apple-system;padding:40px\"><h2>Kelp</h2><p>" +
                             message.toUtf8() + "</p><script>window.close()</script></body></html>";
-    return "HTTP/1.1 " + status + "\r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: " +
-           QByteArray::number(page.size()) + "\r\nConnection: close\r\n\r\n" + page;
+    return "HTTP/1.1 " + status +
+           "\r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: " + QByteArray::number(page.size()) +
+           "\r\nConnection: close\r\n\r\n" + page;
 }
 
 } // namespace

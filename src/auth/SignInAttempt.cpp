@@ -19,8 +19,13 @@ const QString scope = u"https://www.googleapis.com/auth/calendar.readonly"_s;
 
 SignInAttempt::SignInAttempt(Services services, GoogleEndpoints endpoints, QString clientID, QString clientSecret,
                              QObject *parent)
-    : QObject(parent), m_services(services), m_endpoints(std::move(endpoints)), m_clientID(std::move(clientID)),
-      m_clientSecret(std::move(clientSecret)), m_verifier(randomURLSafe(32)), m_state(randomURLSafe(16)),
+    : QObject(parent),
+      m_services(services),
+      m_endpoints(std::move(endpoints)),
+      m_clientID(std::move(clientID)),
+      m_clientSecret(std::move(clientSecret)),
+      m_verifier(randomURLSafe(32)),
+      m_state(randomURLSafe(16)),
       m_server(services.clock, m_state)
 {
 }
@@ -33,8 +38,8 @@ void SignInAttempt::start()
         return;
     }
     m_redirectUri = *redirectUri;
-    const QUrl page = consentUrl();
-    if (!m_services.opener.hasHandler(page)) {
+    const QString page = consentUrl();
+    if (!m_services.opener.hasHandler(page.section(u':', 0, 0))) {
         Q_EMIT failed(AuthError::fromServer(u"No web browser is set up to open Google's sign-in page."_s));
         return;
     }
@@ -42,7 +47,7 @@ void SignInAttempt::start()
     m_services.opener.open(page);
 }
 
-QUrl SignInAttempt::consentUrl() const
+QString SignInAttempt::consentUrl() const
 {
     const QList<std::pair<QByteArray, QString>> items{
         {"client_id", m_clientID},
@@ -58,7 +63,7 @@ QUrl SignInAttempt::consentUrl() const
     QByteArray url = m_endpoints.authorization.toUtf8();
     for (qsizetype i = 0; i < items.size(); ++i)
         url += (i == 0 ? '?' : '&') + items[i].first + '=' + percentEncoded(items[i].second);
-    return QUrl::fromEncoded(url, QUrl::StrictMode);
+    return QString::fromUtf8(url);
 }
 
 void SignInAttempt::exchangeCode(const LoopbackServer::Outcome &code)
@@ -73,7 +78,8 @@ void SignInAttempt::exchangeCode(const LoopbackServer::Outcome &code)
                                       {"redirect_uri", m_redirectUri},
                                       {"grant_type", u"authorization_code"_s},
                                       {"code_verifier", m_verifier}},
-                                     this, [this](const Result<QJsonObject, AuthError> &answer) { takeTokens(answer); });
+                                     this,
+                                     [this](const Result<QJsonObject, AuthError> &answer) { takeTokens(answer); });
 }
 
 void SignInAttempt::takeTokens(const Result<QJsonObject, AuthError> &answer)

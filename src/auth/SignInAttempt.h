@@ -50,7 +50,7 @@ Q_SIGNALS:
     void failed(const kelp::AuthError &error);
 
 private:
-    [[nodiscard]] QUrl consentUrl() const;
+    [[nodiscard]] QString consentUrl() const;
     void exchangeCode(const LoopbackServer::Outcome &code);
     void takeTokens(const Result<QJsonObject, AuthError> &answer);
     void findEmail();

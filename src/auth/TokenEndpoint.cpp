@@ -52,6 +52,9 @@ void TokenEndpoint::request(const Fields &fields, QObject *context, Callback cal
                 });
 }
 
-double lifetimeOf(const QJsonObject &answer) { return answer.value("expires_in"_L1).toDouble(3600); }
+double lifetimeOf(const QJsonObject &answer)
+{
+    return answer.value("expires_in"_L1).toDouble(3600);
+}
 
 } // namespace kelp

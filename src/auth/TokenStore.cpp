@@ -29,6 +29,9 @@ void TokenStore::remove(const QString &name)
         qCWarning(logAuth).noquote() << "cannot be removed:" << removed.error().description();
 }
 
-QString TokenStore::file(const QString &name) const { return m_folder + u'/' + name; }
+QString TokenStore::file(const QString &name) const
+{
+    return m_folder + u'/' + name;
+}
 
 } // namespace kelp

@@ -31,18 +31,39 @@ QByteArray temporaryPath(const QString &path)
 
 } // namespace
 
-QString FileError::description() const { return path + u": "_s + QString::fromLocal8Bit(std::strerror(code)); }
+QString FileError::description() const
+{
+    return path + u": "_s + QString::fromLocal8Bit(std::strerror(code));
+}
 
-int FileOperations::open(const char *path, int flags, unsigned mode) { return ::open(path, flags, mode); }
+int FileOperations::open(const char *path, int flags, unsigned mode)
+{
+    return ::open(path, flags, mode);
+}
 long FileOperations::write(int descriptor, const char *bytes, unsigned long size)
 {
     return ::write(descriptor, bytes, size);
 }
-int FileOperations::sync(int descriptor) { return ::fsync(descriptor); }
-int FileOperations::close(int descriptor) { return ::close(descriptor); }
-int FileOperations::rename(const char *from, const char *to) { return std::rename(from, to); }
-int FileOperations::unlink(const char *path) { return ::unlink(path); }
-int FileOperations::makeFolder(const char *path, unsigned mode) { return ::mkdir(path, mode); }
+int FileOperations::sync(int descriptor)
+{
+    return ::fsync(descriptor);
+}
+int FileOperations::close(int descriptor)
+{
+    return ::close(descriptor);
+}
+int FileOperations::rename(const char *from, const char *to)
+{
+    return std::rename(from, to);
+}
+int FileOperations::unlink(const char *path)
+{
+    return ::unlink(path);
+}
+int FileOperations::makeFolder(const char *path, unsigned mode)
+{
+    return ::mkdir(path, mode);
+}
 
 FileOperations &FileOperations::system()
 {
@@ -71,7 +92,10 @@ Result<void, FileError> makePrivateFolder(const QString &folder, FileOperations 
 
 AtomicFile::AtomicFile(QString path, FileOperations &operations) : m_path(std::move(path)), m_operations(operations) {}
 
-FileError AtomicFile::lastError() const { return {m_path, errno}; }
+FileError AtomicFile::lastError() const
+{
+    return {m_path, errno};
+}
 
 Result<std::optional<QByteArray>, FileError> AtomicFile::read() const
 {

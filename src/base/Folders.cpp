@@ -10,9 +10,15 @@ using namespace Qt::StringLiterals;
 
 namespace kelp::folders {
 
-QString configuration() { return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/Kelp"_s; }
+QString configuration()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/Kelp"_s;
+}
 
-QString data() { return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/Kelp"_s; }
+QString data()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/Kelp"_s;
+}
 
 bool isUsualConfiguration()
 {

@@ -86,13 +86,14 @@ std::optional<int> offsetSeconds(Scanner &scanner)
     return minutes ? std::optional(sign * (*hours * 3600 + *minutes * 60)) : std::nullopt;
 }
 
-QDateTime utc(double seconds)
+/// `milliseconds` since 1970; fractions of one are dropped.
+QDateTime utc(double milliseconds)
 {
-    // Written dates have four-digit years; anything else is pinned to the ends of that range.
-    constexpr double least = -62167219200.0; // 0000-01-01
-    constexpr double most = 253402300799.0;  // 9999-12-31 23:59:59
-    const double pinned = std::isnan(seconds) ? 0.0 : std::clamp(seconds, least, most);
-    return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(std::floor(pinned * 1000)), Qt::UTC);
+    // Written dates have four-digit years, and Qt has no year 0; anything else is pinned to the ends of that range.
+    constexpr double least = -62135596800000.0; // 0001-01-01
+    constexpr double most = 253402300799999.0;  // 9999-12-31 23:59:59.999
+    const double pinned = std::isnan(milliseconds) ? 0.0 : std::clamp(milliseconds, least, most);
+    return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(std::floor(pinned)), Qt::UTC);
 }
 
 } // namespace
@@ -105,16 +106,19 @@ std::int64_t Instant::wholeSeconds() const
     return static_cast<std::int64_t>(std::clamp(std::trunc(secondsSince1970), -limit, limit));
 }
 
-QDateTime Instant::toLocalDateTime() const { return utc(secondsSince1970).toLocalTime(); }
+QDateTime Instant::toLocalDateTime() const
+{
+    return utc(secondsSince1970 * 1000).toLocalTime();
+}
 
 QString Instant::toIso8601() const
 {
-    return utc(std::floor(secondsSince1970)).toString(u"yyyy-MM-dd'T'HH:mm:ss'Z'");
+    return utc(std::floor(secondsSince1970) * 1000).toString(u"yyyy-MM-dd'T'HH:mm:ss'Z'");
 }
 
 QString Instant::toIso8601Milliseconds() const
 {
-    return utc(std::round(secondsSince1970 * 1000) / 1000 + 1e-5).toString(u"yyyy-MM-dd'T'HH:mm:ss.zzz'Z'");
+    return utc(std::round(secondsSince1970 * 1000)).toString(u"yyyy-MM-dd'T'HH:mm:ss.zzz'Z'");
 }
 
 Instant Instant::fromDateTime(const QDateTime &dateTime)

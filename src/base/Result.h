@@ -10,6 +10,9 @@ using Result = tl::expected<T, E>;
 
 /// `return Failure(error);` from a function that returns a Result.
 template<typename E>
-[[nodiscard]] auto Failure(E error) { return tl::unexpected<E>(std::move(error)); }
+[[nodiscard]] auto Failure(E error)
+{
+    return tl::unexpected<E>(std::move(error));
+}
 
 } // namespace kelp

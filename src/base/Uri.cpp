@@ -9,9 +9,18 @@ namespace kelp {
 
 namespace {
 
-bool isLetter(QChar c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'); }
-bool isDigit(QChar c) { return c >= u'0' && c <= u'9'; }
-bool isHexDigit(QChar c) { return isDigit(c) || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F'); }
+bool isLetter(QChar c)
+{
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+}
+bool isDigit(QChar c)
+{
+    return c >= u'0' && c <= u'9';
+}
+bool isHexDigit(QChar c)
+{
+    return isDigit(c) || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
+}
 
 /// RFC 3986: unreserved / sub-delims.
 bool isPlain(QChar c)
@@ -148,7 +157,8 @@ QList<Uri::QueryItem> Uri::queryItems() const
 std::optional<QString> Uri::queryValue(QStringView name) const
 {
     const QList<QueryItem> items = queryItems();
-    const auto item = std::find_if(items.begin(), items.end(), [&](const QueryItem &each) { return each.name == name; });
+    const auto item =
+        std::find_if(items.begin(), items.end(), [&](const QueryItem &each) { return each.name == name; });
     return item == items.end() ? std::nullopt : item->value;
 }
 

@@ -46,8 +46,12 @@ bool calendarLess(const CalendarInfo &a, const CalendarInfo &b)
 
 AccountFetch::AccountFetch(Services services, Account account, double hours, MeetingSource::CalendarFilter isEnabled,
                            QObject *parent)
-    : QObject(parent), m_services(std::move(services)), m_account(std::move(account)), m_hours(hours),
-      m_isEnabled(std::move(isEnabled)), m_started(m_services.clock.now())
+    : QObject(parent),
+      m_services(std::move(services)),
+      m_account(std::move(account)),
+      m_hours(hours),
+      m_isEnabled(std::move(isEnabled)),
+      m_started(m_services.clock.now())
 {
 }
 

@@ -21,8 +21,12 @@ class Fetch : public QObject
 public:
     Fetch(AccountFetch::Services services, double hours, MeetingSource::CalendarFilter isEnabled, QObject *context,
           MeetingSource::Callback callback)
-        : QObject(context), m_services(std::move(services)), m_accounts(m_services.accounts.accounts()), m_hours(hours),
-          m_isEnabled(std::move(isEnabled)), m_callback(std::move(callback))
+        : QObject(context),
+          m_services(std::move(services)),
+          m_accounts(m_services.accounts.accounts()),
+          m_hours(hours),
+          m_isEnabled(std::move(isEnabled)),
+          m_callback(std::move(callback))
     {
     }
 
@@ -91,8 +95,8 @@ CalendarClient::CalendarClient(AccountSource &accounts, HttpClient &http, Clock 
 
 void CalendarClient::fetch(double hours, CalendarFilter isEnabled, QObject *context, Callback callback)
 {
-    auto *fetch = new Fetch({m_accounts, m_http, m_clock, m_base}, hours, std::move(isEnabled), context,
-                            std::move(callback));
+    auto *fetch =
+        new Fetch({m_accounts, m_http, m_clock, m_base}, hours, std::move(isEnabled), context, std::move(callback));
     fetch->readNextAccount();
 }
 

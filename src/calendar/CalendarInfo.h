@@ -13,7 +13,7 @@ struct CalendarInfo
     QString accountEmail;
     QString name; ///< the user's own name for it, else the calendar's, else its identifier
     bool isPrimary = false;
-    bool googleSelected = false; ///< shown in Google's own calendar view
+    bool googleSelected = false;  ///< shown in Google's own calendar view
     std::optional<QString> color; ///< "#rrggbb"
 
     /// What tells calendars apart, also between accounts: account e-mail, "|", Google's identifier.

@@ -44,9 +44,8 @@ std::optional<QString> videoEntryPoint(const GEvent &event)
     if (!event.conferenceData || !event.conferenceData->entryPoints)
         return {};
     const QList<GEvent::EntryPoint> &points = *event.conferenceData->entryPoints;
-    const auto video = std::find_if(points.begin(), points.end(), [](const GEvent::EntryPoint &each) {
-        return each.entryPointType == "video"_L1;
-    });
+    const auto video = std::find_if(points.begin(), points.end(),
+                                    [](const GEvent::EntryPoint &each) { return each.entryPointType == "video"_L1; });
     return video == points.end() ? std::nullopt : video->uri;
 }
 
@@ -106,16 +105,22 @@ std::optional<Meeting> Meeting::fromEvent(const GEvent &event, const QString &ca
                    .calendarID = calendarID};
 }
 
-std::optional<QString> Meeting::provider() const { return joinURL ? joinURL->provider() : std::nullopt; }
+std::optional<QString> Meeting::provider() const
+{
+    return joinURL ? joinURL->provider() : std::nullopt;
+}
 
-bool Meeting::canJoin() const { return joinURL && joinURL->isWebLink(); }
+bool Meeting::canJoin() const
+{
+    return joinURL && joinURL->isWebLink();
+}
 
 void Meeting::join(UrlOpener &opener) const
 {
     if (!canJoin())
         return;
-    const std::optional<QUrl> application = joinURL->applicationUrl();
-    opener.open(application && opener.hasHandler(*application) ? *application : joinURL->url());
+    const std::optional<QString> application = joinURL->applicationLink();
+    opener.open(application && opener.hasHandler(u"zoommtg"_s) ? *application : joinURL->text());
 }
 
 } // namespace kelp

@@ -2,7 +2,7 @@
 
 #include "base/Uri.h"
 
-#include <QUrlQuery>
+#include <QUrl>
 
 #include <algorithm>
 #include <array>
@@ -37,7 +37,10 @@ constexpr std::array providers{
 constexpr std::array zoomPaths{"/j/"_L1, "/my/"_L1, "/w/"_L1, "/s/"_L1};
 
 /// What ends a link in free text: white space of any script, quotes and angle brackets.
-bool endsLink(QChar c) { return c.isSpace() || c == u'"' || c == u'\'' || c == u'<' || c == u'>'; }
+bool endsLink(QChar c)
+{
+    return c.isSpace() || c == u'"' || c == u'\'' || c == u'<' || c == u'>';
+}
 
 /// Like QString::toCaseFolded, but never changes the length.
 QString caseFolded(const QString &text)
@@ -95,8 +98,6 @@ std::optional<MeetingLink> MeetingLink::fromText(const QString &text)
     return MeetingLink(text);
 }
 
-QUrl MeetingLink::url() const { return QUrl(m_text, QUrl::StrictMode); }
-
 std::optional<QString> MeetingLink::provider() const
 {
     const QString host = Uri::parse(m_text)->host.value_or(QString()).toLower();
@@ -112,7 +113,7 @@ bool MeetingLink::isWebLink() const
     return (scheme == "https"_L1 || scheme == "http"_L1) && !uri.host.value_or(QString()).isEmpty();
 }
 
-std::optional<QUrl> MeetingLink::applicationUrl() const
+std::optional<QString> MeetingLink::applicationLink() const
 {
     const Uri uri = *Uri::parse(m_text);
     if (!uri.host.value_or(QString()).contains(zoomDomain))
@@ -125,7 +126,7 @@ std::optional<QUrl> MeetingLink::applicationUrl() const
     QByteArray link = "zoommtg://zoom.us/join?action=join&confno=" + percentEncoded(components[number]);
     if (const std::optional<QString> password = uri.queryValue(u"pwd"))
         link += "&pwd=" + percentEncoded(*password);
-    return QUrl::fromEncoded(link, QUrl::StrictMode);
+    return QString::fromLatin1(link);
 }
 
 std::optional<QString> findMeetingLink(const QString &text)

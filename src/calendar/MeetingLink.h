@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <QUrl>
 
 #include <optional>
 
@@ -16,13 +15,12 @@ public:
     [[nodiscard]] static std::optional<MeetingLink> fromText(const QString &text);
 
     [[nodiscard]] const QString &text() const { return m_text; }
-    [[nodiscard]] QUrl url() const;
     /// "Zoom", "Google Meet", …; nothing for a host we do not know.
     [[nodiscard]] std::optional<QString> provider() const;
     /// Whether it is an https or http link with a host: the only ones that Kelp hands to the desktop.
     [[nodiscard]] bool isWebLink() const;
-    /// The form that opens the Zoom desktop application, or nothing where the link is no Zoom conference link.
-    [[nodiscard]] std::optional<QUrl> applicationUrl() const;
+    /// The zoommtg link that opens the Zoom desktop application; nothing where this is no Zoom conference link.
+    [[nodiscard]] std::optional<QString> applicationLink() const;
 
     friend bool operator==(const MeetingLink &, const MeetingLink &) = default;
 

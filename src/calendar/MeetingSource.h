@@ -15,9 +15,9 @@ namespace kelp {
 /// What one refresh over all accounts brought.
 struct FetchResult
 {
-    QList<CalendarInfo> calendars; ///< in account order, each account's primary calendar first, then by name
-    QList<Meeting> meetings;       ///< by start, ascending; each once
-    QStringList errors;            ///< a line per account that failed
+    QList<CalendarInfo> calendars;   ///< in account order, each account's primary calendar first, then by name
+    QList<Meeting> meetings;         ///< by start, ascending; each once
+    QStringList errors;              ///< a line per account that failed
     bool errorsAreTransient = false; ///< there are errors, and all of them may well be gone in a few seconds
 };
 

@@ -25,7 +25,7 @@ struct PreferenceKey
 namespace preference {
 
 // The user's settings.
-inline const PreferenceKey<std::int64_t> leadMinutes{"leadMinutes", 1};     ///< minutes before the start
+inline const PreferenceKey<std::int64_t> leadMinutes{"leadMinutes", 1}; ///< minutes before the start
 inline const PreferenceKey<QString> theme{"theme", QStringLiteral("midnight")};
 inline const PreferenceKey<QString> sound{"sound", QStringLiteral("Glass")}; ///< "None" = silent
 inline const PreferenceKey<std::int64_t> snoozeMinutes{"snoozeMinutes", 1};
@@ -38,7 +38,7 @@ inline const PreferenceKey<double> soundVolume{"soundVolume", 0.8};             
 inline const PreferenceKey<bool> pauseMusic{"pauseMusic", false};
 inline const PreferenceKey<bool> doubleSlash{"doubleSlash", true};
 inline const PreferenceKey<bool> onlyWithVideo{"onlyWithVideo", false};
-inline const PreferenceKey<QString> clientID{"clientID"};         ///< OAuth client of the user's own
+inline const PreferenceKey<QString> clientID{"clientID"}; ///< OAuth client of the user's own
 inline const PreferenceKey<QString> clientSecret{"clientSecret"};
 inline const PreferenceKey<QString> spotifyLink{"spotifyLink"};
 inline const PreferenceKey<QString> customSoundName{"customSoundName"}; ///< display name of the user's own sound
@@ -46,9 +46,9 @@ inline const PreferenceKey<QString> customSoundPath{"customSoundPath"};
 inline const PreferenceKey<QString> customImagePath{"customImagePath"};
 
 // What Kelp keeps for itself.
-inline const PreferenceKey<DateDictionary> shownMeetings{"shownMeetings"};     ///< meeting key → its end
-inline const PreferenceKey<DateDictionary> snoozedMeetings{"snoozedMeetings"}; ///< meeting key → end of the snooze
-inline const PreferenceKey<Instant> pausedUntil{"pausedUntil"};                ///< absent = not paused
+inline const PreferenceKey<DateDictionary> shownMeetings{"shownMeetings"};       ///< meeting key → its end
+inline const PreferenceKey<DateDictionary> snoozedMeetings{"snoozedMeetings"};   ///< meeting key → end of the snooze
+inline const PreferenceKey<Instant> pausedUntil{"pausedUntil"};                  ///< absent = not paused
 inline const PreferenceKey<ChoiceDictionary> calendarChoices{"calendarChoices"}; ///< calendar key → on
 
 // Left behind by older versions; only read.

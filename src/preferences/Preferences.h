@@ -50,11 +50,17 @@ public:
 
     /// Back to the fallback.
     template<typename T>
-    void remove(const PreferenceKey<T> &key) { store(key.name, QJsonValue(QJsonValue::Undefined)); }
+    void remove(const PreferenceKey<T> &key)
+    {
+        store(key.name, QJsonValue(QJsonValue::Undefined));
+    }
 
     /// Whether a value is stored, of whatever type.
     template<typename T>
-    [[nodiscard]] bool contains(const PreferenceKey<T> &key) const { return !stored(key.name).isUndefined(); }
+    [[nodiscard]] bool contains(const PreferenceKey<T> &key) const
+    {
+        return !stored(key.name).isUndefined();
+    }
     /// Whether a boolean is stored, and it is `value`.
     [[nodiscard]] bool holds(const PreferenceKey<bool> &key, bool value) const;
 

@@ -9,7 +9,7 @@ namespace kelp {
 /// What becomes of a meeting that is due while the overlay may already be up.
 struct DueDecision
 {
-    bool show = false;                ///< false: keep what is on screen, the meeting is offered again
+    bool show = false;               ///< false: keep what is on screen, the meeting is offered again
     std::optional<Meeting> previous; ///< what the user is leaving, still running
 };
 

@@ -5,8 +5,10 @@
 namespace kelp {
 
 ReminderMemory::ReminderMemory(Preferences &preferences)
-    : m_preferences(preferences), m_shown(preferences.get(preference::shownMeetings)),
-      m_snoozed(preferences.get(preference::snoozedMeetings)), m_pausedUntil(preferences.get(preference::pausedUntil))
+    : m_preferences(preferences),
+      m_shown(preferences.get(preference::shownMeetings)),
+      m_snoozed(preferences.get(preference::snoozedMeetings)),
+      m_pausedUntil(preferences.get(preference::pausedUntil))
 {
 }
 

@@ -14,9 +14,10 @@ namespace kelp {
 
 namespace {
 
-constexpr double memoryOfPast = 86400;                ///< seconds that entries are kept after their date
-constexpr std::array retryDelays{5.0, 15.0, 30.0, 60.0}; ///< seconds, after refreshes whose errors may pass by themselves
-constexpr double wakeRefreshGap = 5;                  ///< seconds
+constexpr double memoryOfPast = 86400; ///< seconds that entries are kept after their date
+constexpr std::array retryDelays{5.0, 15.0, 30.0,
+                                 60.0}; ///< seconds, after refreshes whose errors may pass by themselves
+constexpr double wakeRefreshGap = 5;    ///< seconds
 
 void callAll(const QList<std::function<void()>> &functions)
 {
@@ -200,7 +201,10 @@ void Scheduler::snooze(const Meeting &meeting, double seconds)
     m_memory.snooze(meeting, m_services.clock.now() + seconds);
 }
 
-bool Scheduler::isPaused() const { return pausedUntil() && *pausedUntil() > m_services.clock.now(); }
+bool Scheduler::isPaused() const
+{
+    return pausedUntil() && *pausedUntil() > m_services.clock.now();
+}
 
 void Scheduler::setPausedUntil(std::optional<Instant> until)
 {

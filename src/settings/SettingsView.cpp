@@ -41,8 +41,12 @@ void setPixelSize(QWidget *widget, int size, QFont::Weight weight = QFont::Norma
 } // namespace
 
 SettingsView::SettingsView(GoogleAuth &auth, Scheduler &scheduler, Preferences &preferences, QWidget *parent)
-    : QWidget(parent), m_auth(auth), m_scheduler(scheduler), m_preferences(preferences),
-      m_column(new QVBoxLayout(this)), m_accounts(new QWidget(this))
+    : QWidget(parent),
+      m_auth(auth),
+      m_scheduler(scheduler),
+      m_preferences(preferences),
+      m_column(new QVBoxLayout(this)),
+      m_accounts(new QWidget(this))
 {
     m_column->setContentsMargins(margin, 14, margin, margin);
     m_column->setSpacing(12);
@@ -148,7 +152,7 @@ void SettingsView::rebuildAccounts()
     rows->setSpacing(6);
     for (const Account &account : m_auth.accounts())
         rows->addWidget(accountRow(account));
-    m_column->replaceWidget(m_accounts, list);
+    delete m_column->replaceWidget(m_accounts, list); // the place in the column, which is handed back; not the widget
     // The row whose button was pressed may be among those that go.
     m_accounts->hide();
     m_accounts->deleteLater();
@@ -174,8 +178,8 @@ QWidget *SettingsView::accountRow(const Account &account)
 
 void SettingsView::confirmRemoval(const Account &account)
 {
-    auto *question = new QMessageBox(QMessageBox::Question, u"Kelp"_s, u"Remove "_s + account.email,
-                                     QMessageBox::Cancel, this);
+    auto *question =
+        new QMessageBox(QMessageBox::Question, u"Kelp"_s, u"Remove "_s + account.email, QMessageBox::Cancel, this);
     question->setTextFormat(Qt::PlainText);
     question->addButton(u"Remove"_s, QMessageBox::DestructiveRole);
     question->setAttribute(Qt::WA_DeleteOnClose);

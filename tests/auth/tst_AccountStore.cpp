@@ -34,7 +34,8 @@ private:
     [[nodiscard]] static int mode(const QString &path)
     {
         struct stat status = {};
-        return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? static_cast<int>(status.st_mode & 07777) : -1;
+        return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? static_cast<int>(status.st_mode & 07777)
+                                                                         : -1;
     }
 
     std::unique_ptr<QTemporaryDir> folder;

@@ -77,7 +77,7 @@ private:
     /// Answers the consent page as the browser would.
     void redirect(const QByteArray &query);
     void signInWhole(const QByteArray &email, const QByteArray &tokenAnswer = tokens);
-    [[nodiscard]] Uri consentUri() const { return *Uri::parse(QString::fromLatin1(opener->opened.last().toEncoded())); }
+    [[nodiscard]] Uri consentUri() const { return *Uri::parse(opener->opened.last()); }
     [[nodiscard]] Uri form(qsizetype request) const
     {
         return *Uri::parse(u"?"_s + QString::fromLatin1(http->sent()[request].body));
@@ -101,8 +101,8 @@ private:
 void tst_GoogleAuth::init()
 {
     folder = std::make_unique<QTemporaryDir>();
-    preferences = std::make_unique<Preferences>(
-        QJsonObject{{u"clientID"_s, u" id/1 "_s}, {u"clientSecret"_s, u"secret\n"_s}});
+    preferences =
+        std::make_unique<Preferences>(QJsonObject{{u"clientID"_s, u" id/1 "_s}, {u"clientSecret"_s, u"secret\n"_s}});
     clock = std::make_unique<FakeClock>();
     http = std::make_unique<FakeHttpClient>();
     opener = std::make_unique<FakeUrlOpener>();
@@ -112,12 +112,15 @@ void tst_GoogleAuth::init()
     make();
 }
 
-void tst_GoogleAuth::cleanup() { auth.reset(); }
+void tst_GoogleAuth::cleanup()
+{
+    auth.reset();
+}
 
 void tst_GoogleAuth::make(GoogleAuth::Client builtIn)
 {
-    auth = std::make_unique<GoogleAuth>(GoogleAuth::Services{*preferences, *http, *clock, *opener},
-                                        GoogleEndpoints{}, std::move(builtIn), folder->path() + u"/Kelp"_s);
+    auth = std::make_unique<GoogleAuth>(GoogleAuth::Services{*preferences, *http, *clock, *opener}, GoogleEndpoints{},
+                                        std::move(builtIn), folder->path() + u"/Kelp"_s);
 }
 
 void tst_GoogleAuth::signIn()
@@ -195,9 +198,9 @@ void tst_GoogleAuth::opensTheConsentPageWithNineItemsInOrder()
     QCOMPARE(uri.scheme, u"https"_s);
     QCOMPARE(uri.host, u"accounts.google.com"_s);
     QCOMPARE(uri.path, u"/o/oauth2/v2/auth"_s);
-    QCOMPARE(namesOf(uri), QStringList({u"client_id"_s, u"redirect_uri"_s, u"response_type"_s, u"scope"_s,
-                                        u"code_challenge"_s, u"code_challenge_method"_s, u"state"_s, u"access_type"_s,
-                                        u"prompt"_s}));
+    QCOMPARE(namesOf(uri),
+             QStringList({u"client_id"_s, u"redirect_uri"_s, u"response_type"_s, u"scope"_s, u"code_challenge"_s,
+                          u"code_challenge_method"_s, u"state"_s, u"access_type"_s, u"prompt"_s}));
     QCOMPARE(uri.queryValue(u"client_id"), u"id/1"_s);
     QVERIFY(uri.queryValue(u"redirect_uri")->startsWith(u"http://127.0.0.1:"));
     QCOMPARE(uri.queryValue(u"response_type"), u"code"_s);
@@ -218,7 +221,8 @@ void tst_GoogleAuth::exchangesTheCodeAndStoresTheAccount()
     const HttpRequest exchange = http->sent().first();
     QCOMPARE(exchange.method, "POST");
     QCOMPARE(exchange.url, QUrl(u"https://oauth2.googleapis.com/token"_s));
-    QCOMPARE(exchange.headers.first(), std::pair(QByteArray("Content-Type"), QByteArray("application/x-www-form-urlencoded")));
+    QCOMPARE(exchange.headers.first(),
+             std::pair(QByteArray("Content-Type"), QByteArray("application/x-www-form-urlencoded")));
     QVERIFY(exchange.body.contains("code=4%2F0A&"));
     QCOMPARE(form(0).queryItems().size(), 6);
     QCOMPARE(form(0).queryValue(u"client_id"), u"id/1"_s);
@@ -517,8 +521,8 @@ void tst_GoogleAuth::keepsSecretsOutOfTheLog()
 {
     static QString log;
     QLoggingCategory::setFilterRules(u"kelp.*=true"_s);
-    const auto previous = qInstallMessageHandler(
-        [](QtMsgType, const QMessageLogContext &, const QString &message) { log += message; });
+    const auto previous =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &message) { log += message; });
     signInWhole("a@x");
     token(true);
     http->answer(400, R"({"error": "invalid_grant"})");

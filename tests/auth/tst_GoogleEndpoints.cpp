@@ -16,7 +16,10 @@ private Q_SLOTS:
     void areReplacedOnThisComputerOnly();
 };
 
-void tst_GoogleEndpoints::cleanup() { qunsetenv("KELP_GOOGLE_TOKEN"); }
+void tst_GoogleEndpoints::cleanup()
+{
+    qunsetenv("KELP_GOOGLE_TOKEN");
+}
 
 void tst_GoogleEndpoints::areGooglesOwn()
 {
@@ -30,7 +33,9 @@ void tst_GoogleEndpoints::areReplacedOnThisComputerOnly_data()
 {
     QTest::addColumn<QString>("value");
     QTest::addColumn<bool>("accepted");
-    const auto row = [](const char *value, bool accepted) { QTest::newRow(value) << QString::fromLatin1(value) << accepted; };
+    const auto row = [](const char *value, bool accepted) {
+        QTest::newRow(value) << QString::fromLatin1(value) << accepted;
+    };
     row("http://127.0.0.1:8080/token", true);
     row("http://localhost:8080/token", true);
     row("https://127.0.0.1/token", true);

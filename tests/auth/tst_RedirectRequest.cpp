@@ -13,8 +13,9 @@ const QByteArray pageEnd = "</p><script>window.close()</script></body></html>";
 QByteArray response(const QByteArray &status, const QByteArray &message)
 {
     const QByteArray page = pageBegin + message + pageEnd;
-    return "HTTP/1.1 " + status + "\r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: " +
-           QByteArray::number(page.size()) + "\r\nConnection: close\r\n\r\n" + page;
+    return "HTTP/1.1 " + status +
+           "\r\nContent-Type: text/html; charset=utf-8\r\nContent-Length: " + QByteArray::number(page.size()) +
+           "\r\nConnection: close\r\n\r\n" + page;
 }
 
 const QByteArray success = response("200 OK", "You can close this tab and go back to Kelp.");

@@ -14,6 +14,8 @@ private Q_SLOTS:
     void parsesOnlyRfc3339InstantsWithAnOffset();
     void truncatesWholeSecondsTowardZero();
     void writesUtc();
+    void writesTheEndsOfTheCalendar_data();
+    void writesTheEndsOfTheCalendar();
     void writesTheShortestDecimalWithAFraction_data();
     void writesTheShortestDecimalWithAFraction();
 };
@@ -95,6 +97,27 @@ void tst_Instant::writesUtc()
         const Instant instant{1767258000 + millisecond / 1000.0};
         QCOMPARE(Instant::parse(instant.toIso8601Milliseconds()), instant);
     }
+}
+
+void tst_Instant::writesTheEndsOfTheCalendar_data()
+{
+    QTest::addColumn<QString>("read");
+    QTest::addColumn<QString>("written");
+    const auto row = [](const char *read, const char *written) {
+        QTest::newRow(read) << QString::fromLatin1(read) << QString::fromLatin1(written);
+    };
+    row("9999-12-31T23:59:59.999Z", "9999-12-31T23:59:59.999Z");
+    row("9999-12-31T23:59:59-01:00", "9999-12-31T23:59:59.999Z");
+    row("6400-01-01T00:00:00.003Z", "6400-01-01T00:00:00.003Z"); // a double is coarser there than in this century
+    row("0001-01-01T00:00:00Z", "0001-01-01T00:00:00.000Z");
+    row("0000-06-01T00:00:00Z", "0001-01-01T00:00:00.000Z");
+}
+
+void tst_Instant::writesTheEndsOfTheCalendar()
+{
+    QFETCH(QString, read);
+    QFETCH(QString, written);
+    QCOMPARE(Instant::parse(read)->toIso8601Milliseconds(), written);
 }
 
 void tst_Instant::writesTheShortestDecimalWithAFraction_data()

@@ -28,7 +28,8 @@ void tst_Json::readsAnyKindOfValue()
 void tst_Json::refusesWhatIsNotOneValue_data()
 {
     QTest::addColumn<QByteArray>("text");
-    for (const char *text : {"", " ", "1,2", "1],[2", "]", "[", "{", "{} {}", "<html>", "nul", "\"\xff\"", "{\"a\":}", "'a'", "// x"})
+    for (const char *text :
+         {"", " ", "1,2", "1],[2", "]", "[", "{", "{} {}", "<html>", "nul", "\"\xff\"", "{\"a\":}", "'a'", "// x"})
         QTest::newRow(*text ? text : "(empty)") << QByteArray(text);
     QTest::newRow("deep") << QByteArray(100'000, '[');
 }

@@ -34,7 +34,8 @@ public:
                 request += socket->readAll();
                 const qsizetype head = request.indexOf("\r\n\r\n");
                 const qsizetype field = request.indexOf("Content-Length: ");
-                const qsizetype body = field < 0 ? 0 : request.mid(field + 16, request.indexOf('\r', field) - field - 16).toInt();
+                const qsizetype body =
+                    field < 0 ? 0 : request.mid(field + 16, request.indexOf('\r', field) - field - 16).toInt();
                 if (head < 0 || request.size() < head + 4 + body)
                     return;
                 socket->write(answer);
@@ -60,7 +61,8 @@ private:
 
 QByteArray answer(const QByteArray &status, const QByteArray &body, const QByteArray &headers = {})
 {
-    return "HTTP/1.1 " + status + "\r\n" + headers + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+    return "HTTP/1.1 " + status + "\r\n" + headers + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" +
+           body;
 }
 
 } // namespace
@@ -129,9 +131,9 @@ void tst_NetworkHttpClient::sendsWhatItIsGiven()
 void tst_NetworkHttpClient::takesAnyStatusAsAnAnswer_data()
 {
     QTest::addColumn<QByteArray>("status");
-    for (const char *status : {"200 OK", "201 Created", "302 Found", "400 Bad Request", "401 Unauthorized",
-                               "403 Forbidden", "404 Not Found", "418 Teapot", "429 Too Many Requests",
-                               "500 Internal Server Error", "503 Service Unavailable"})
+    for (const char *status :
+         {"200 OK", "201 Created", "302 Found", "400 Bad Request", "401 Unauthorized", "403 Forbidden", "404 Not Found",
+          "418 Teapot", "429 Too Many Requests", "500 Internal Server Error", "503 Service Unavailable"})
         QTest::newRow(status) << QByteArray(status);
 }
 
@@ -212,13 +214,13 @@ void tst_NetworkHttpClient::reportsABrokenAnswer_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<int>("ending");
-    QTest::newRow("shorter than promised") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc")
-                                           << static_cast<int>(Server::Ending::close);
+    QTest::newRow("shorter than promised")
+        << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc") << static_cast<int>(Server::Ending::close);
     QTest::newRow("reset in the body") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc")
                                        << static_cast<int>(Server::Ending::reset);
     QTest::newRow("no HTTP") << QByteArray("SSH-2.0-x\r\n") << static_cast<int>(Server::Ending::close);
-    QTest::newRow("broken chunks")
-        << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nab") << static_cast<int>(Server::Ending::close);
+    QTest::newRow("broken chunks") << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nab")
+                                   << static_cast<int>(Server::Ending::close);
 }
 
 void tst_NetworkHttpClient::reportsABrokenAnswer()

@@ -28,7 +28,8 @@ void tst_Uri::takesReferencesApart_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("query");
     const QString none;
-    QTest::newRow("all") << u"HTTPS://u:p@Ex.org:8/A/b?q=1?#f/?"_s << u"HTTPS"_s << u"Ex.org"_s << u"/A/b"_s << u"q=1?"_s;
+    QTest::newRow("all") << u"HTTPS://u:p@Ex.org:8/A/b?q=1?#f/?"_s << u"HTTPS"_s << u"Ex.org"_s << u"/A/b"_s
+                         << u"q=1?"_s;
     QTest::newRow("only a path") << u"a/b:c"_s << none << none << u"a/b:c"_s << none;
     QTest::newRow("only a query") << u"?a"_s << none << none << u""_s << u"a"_s;
     QTest::newRow("empty query") << u"a?"_s << none << none << u"a"_s << u""_s;

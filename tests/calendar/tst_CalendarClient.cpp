@@ -53,7 +53,8 @@ private Q_SLOTS:
 private:
     void fetch(MeetingSource::CalendarFilter isEnabled = [](const CalendarInfo &) { return true; })
     {
-        client->fetch(24, std::move(isEnabled), context.get(), [this](const FetchResult &fetched) { result = fetched; });
+        client->fetch(24, std::move(isEnabled), context.get(),
+                      [this](const FetchResult &fetched) { result = fetched; });
     }
 
     std::unique_ptr<FakeClock> clock;
@@ -88,8 +89,7 @@ void tst_CalendarClient::asksForTheCalendarsAndThenForTheEventsOfEach()
 {
     fetch();
     QCOMPARE(http->sent().last().method, "GET");
-    QCOMPARE(http->sent().last().url.toEncoded(),
-             "http://api/calendar/v3/users/me/calendarList?minAccessRole=reader");
+    QCOMPARE(http->sent().last().url.toEncoded(), "http://api/calendar/v3/users/me/calendarList?minAccessRole=reader");
     http->answer(200, R"({"items": [{"id": "a@x", "primary": true}, {"id": "b"}]})");
     QCOMPARE(http->open(), 1); // one after the other
     QCOMPARE(http->sent().last().url.toEncoded(),
@@ -156,8 +156,12 @@ void tst_CalendarClient::namesCalendarsAsTheUserDoes()
     fetch([](const CalendarInfo &) { return false; });
     http->answer(200, R"({"items": [{"id": "1", "summary": "s", "summaryOverride": "o", "selected": true,
         "backgroundColor": "#123456"}, {"id": "2", "summary": "t"}, {"id": "3"}]})");
-    const CalendarInfo expected{.googleID = u"1"_s, .accountEmail = u"a@x"_s, .name = u"o"_s, .isPrimary = false,
-                                .googleSelected = true, .color = u"#123456"_s};
+    const CalendarInfo expected{.googleID = u"1"_s,
+                                .accountEmail = u"a@x"_s,
+                                .name = u"o"_s,
+                                .isPrimary = false,
+                                .googleSelected = true,
+                                .color = u"#123456"_s};
     const auto calendars = result->calendars;
     QCOMPARE(calendars.size(), 3);
     QCOMPARE(calendars[0].name, u"3"_s);
@@ -236,8 +240,8 @@ void tst_CalendarClient::reportsOneLinePerAccountThatFailed()
     http->answer(200, R"({"items": [{"id": "b@x", "primary": true}]})");
     http->answer(200, events("one"));
     http->fail(HttpError::Kind::transport, u"Connection refused"_s);
-    QCOMPARE(result->errors, QStringList({u"a@x: Google Calendar error 403: Rate Limit Exceeded"_s,
-                                          u"c@x: Connection refused"_s}));
+    QCOMPARE(result->errors,
+             QStringList({u"a@x: Google Calendar error 403: Rate Limit Exceeded"_s, u"c@x: Connection refused"_s}));
     QCOMPARE(result->calendars.size(), 1);
     QCOMPARE(result->meetings.size(), 1);
     QVERIFY(!result->errorsAreTransient);
@@ -292,8 +296,9 @@ void tst_CalendarClient::saysWhatGoogleSaid_data()
     QTest::newRow("error is no object") << 400 << QByteArray(R"({"error": "x"})")
                                         << u"Google Calendar error 400: {\"error\": \"x\"}"_s;
     QTest::newRow("empty") << 404 << QByteArray() << u"Google Calendar error 404: "_s;
-    QTest::newRow("families are one character") << 500 << u"👨‍👩‍👧"_s.repeated(201).toUtf8()
-                                                << u"Google Calendar error 500: "_s + u"👨‍👩‍👧"_s.repeated(200);
+    QTest::newRow("families are one character")
+        << 500 << u"👨‍👩‍👧"_s.repeated(201).toUtf8()
+        << u"Google Calendar error 500: "_s + u"👨‍👩‍👧"_s.repeated(200);
 }
 
 void tst_CalendarClient::saysWhatGoogleSaid()

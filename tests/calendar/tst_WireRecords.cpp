@@ -121,7 +121,8 @@ void tst_WireRecords::ignoresMembersItDoesNotKnow()
 void tst_WireRecords::namesTheMemberThatIsWrong()
 {
     const auto list = decodeEventList(R"({"items": [{}, {"attendees": [{}, {"self": "x"}]}]})");
-    QVERIFY2(list.error().description().contains(u"items[1].attendees[1].self"), qPrintable(list.error().description()));
+    QVERIFY2(list.error().description().contains(u"items[1].attendees[1].self"),
+             qPrintable(list.error().description()));
 }
 
 QTEST_GUILESS_MAIN(tst_WireRecords)

@@ -17,7 +17,10 @@ struct Outcome
     QByteArray error;
 };
 
-QString probePath() { return qEnvironmentVariable("KELP_BINARY_DIR") + u"/kelp-probe"_s; }
+QString probePath()
+{
+    return qEnvironmentVariable("KELP_BINARY_DIR") + u"/kelp-probe"_s;
+}
 
 Outcome probe(const QStringList &arguments, const QByteArray &input, const QString &locale = u"C.UTF-8"_s)
 {
@@ -78,8 +81,10 @@ void tst_KelpProbe::decodesBodies_data()
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<QByteArray>("output"); // empty: not ok
     QTest::newRow("none") << u"events"_s << QByteArray("{}") << QByteArray("{\"count\":0,\"ok\":true}\n");
-    QTest::newRow("null") << u"calendars"_s << QByteArray("{\"items\":null}") << QByteArray("{\"count\":0,\"ok\":true}\n");
-    QTest::newRow("two") << u"events"_s << QByteArray("{\"items\":[{},{}]}") << QByteArray("{\"count\":2,\"ok\":true}\n");
+    QTest::newRow("null") << u"calendars"_s << QByteArray("{\"items\":null}")
+                          << QByteArray("{\"count\":0,\"ok\":true}\n");
+    QTest::newRow("two") << u"events"_s << QByteArray("{\"items\":[{},{}]}")
+                         << QByteArray("{\"count\":2,\"ok\":true}\n");
     QTest::newRow("wrong type") << u"events"_s << QByteArray("{\"items\":[{\"id\":1}]}") << QByteArray();
     QTest::newRow("no id") << u"calendars"_s << QByteArray("{\"items\":[{}]}") << QByteArray();
     QTest::newRow("html") << u"events"_s << QByteArray("<html>") << QByteArray();
@@ -149,9 +154,11 @@ void tst_KelpProbe::writesTexts_data()
     row(R"({"fn":"card.countdown","args":{"seconds":-5}})", u"Started 0:05 ago"_s);
     row(R"({"fn":"card.countdown","args":{"seconds":4500}})", u"Starts in 75:00"_s);
     row(R"({"fn":"card.details","args":{"start":1767258000,"end":1767259800,"attendees":5,"calendar":"Work",
-        "showAttendees":true,"showCalendar":true}})", u"09:00 – 09:30  ·  5 people  ·  Work"_s);
+        "showAttendees":true,"showCalendar":true}})",
+        u"09:00 – 09:30  ·  5 people  ·  Work"_s);
     row(R"({"fn":"card.details","args":{"start":1767258000,"end":1767259800,"attendees":1,"calendar":"Work",
-        "showAttendees":true,"showCalendar":false}})", u"09:00 – 09:30"_s);
+        "showAttendees":true,"showCalendar":false}})",
+        u"09:00 – 09:30"_s);
     row(R"({"fn":"ring.label","args":{"remaining":299}})", u"4:59"_s);
     row(R"({"fn":"ring.label","args":{"remaining":-7}})", u"+0:07"_s);
     row(R"({"fn":"ring.label","args":{"remaining":0}})", u"now"_s);
@@ -182,9 +189,11 @@ void tst_KelpProbe::refusesBadInputAndBadUsage_data()
     QTest::newRow("meetings: html") << QStringList{u"meetings"_s} << QByteArray("<html>") << 1;
     QTest::newRow("schedule: no JSON") << QStringList{u"schedule"_s} << QByteArray("x") << 1;
     QTest::newRow("schedule: no step") << QStringList{u"schedule"_s} << QByteArray(R"({"from": 1, "to": 2})") << 1;
-    QTest::newRow("schedule: step 0") << QStringList{u"schedule"_s} << QByteArray(R"({"from": 1, "to": 2, "step": 0})") << 1;
+    QTest::newRow("schedule: step 0") << QStringList{u"schedule"_s} << QByteArray(R"({"from": 1, "to": 2, "step": 0})")
+                                      << 1;
     QTest::newRow("schedule: unknown action")
-        << QStringList{u"schedule"_s} << QByteArray(R"({"from": 1, "to": 2, "step": 1, "actions": [{"at": 1, "do": "x"}]})") << 1;
+        << QStringList{u"schedule"_s}
+        << QByteArray(R"({"from": 1, "to": 2, "step": 1, "actions": [{"at": 1, "do": "x"}]})") << 1;
     QTest::newRow("text: unknown function") << QStringList{u"text"_s} << QByteArray(R"({"fn": "x"})") << 1;
     QTest::newRow("text: no JSON") << QStringList{u"text"_s} << QByteArray("x") << 1;
     QTest::newRow("nothing") << QStringList{} << QByteArray() << 2;

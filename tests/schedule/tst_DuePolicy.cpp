@@ -7,7 +7,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-Meeting meeting(double start, double end) { return {.id = u"m"_s, .start = {start}, .end = {end}}; }
+Meeting meeting(double start, double end)
+{
+    return {.id = u"m"_s, .start = {start}, .end = {end}};
+}
 
 } // namespace
 

@@ -2,8 +2,7 @@
 
 #include "platform/UrlOpener.h"
 
-#include <QList>
-#include <QUrl>
+#include <QStringList>
 
 namespace kelp::test {
 
@@ -11,11 +10,11 @@ namespace kelp::test {
 class FakeUrlOpener final : public UrlOpener
 {
 public:
-    [[nodiscard]] bool hasHandler(const QUrl &url) const override { return handledSchemes.contains(url.scheme()); }
-    void open(const QUrl &url) override { opened.append(url); }
+    [[nodiscard]] bool hasHandler(const QString &scheme) const override { return handledSchemes.contains(scheme); }
+    void open(const QString &link) override { opened.append(link); }
 
     QStringList handledSchemes;
-    QList<QUrl> opened;
+    QStringList opened;
 };
 
 } // namespace kelp::test

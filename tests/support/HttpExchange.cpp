@@ -8,17 +8,20 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <functional>
 
 namespace kelp::test {
 
 namespace {
 
-/// Sends `request` to the port of 127.0.0.1 and reads until the other side closes. Returns false where there is no
-/// connection or where it is reset, which a QTcpSocket does not tell from a proper end.
-bool transfer(int port, const QByteArray &request, QByteArray &answer)
+/// Sends `request` to the port of 127.0.0.1 and reads until the other side closes or `isEnough`, waiting no longer than
+/// `patience` seconds for a byte. Returns false where there is no connection or where it is reset, which a QTcpSocket
+/// does not tell from a proper end.
+bool transfer(int port, const QByteArray &request, int patience, QByteArray &answer,
+              const std::function<bool()> &isEnough)
 {
     const int connection = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const timeval timeLimit{10, 0};
+    const timeval timeLimit{patience, 0};
     ::setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &timeLimit, sizeof timeLimit);
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -29,7 +32,7 @@ bool transfer(int port, const QByteArray &request, QByteArray &answer)
                         request.size();
     std::array<char, 65536> buffer{};
     ssize_t size = isProper ? 1 : 0;
-    while (size > 0) {
+    while (size > 0 && !isEnough()) {
         size = ::recv(connection, buffer.data(), buffer.size(), 0);
         answer.append(buffer.data(), std::max<ssize_t>(size, 0));
     }
@@ -65,9 +68,27 @@ HttpExchange HttpExchange::send(const QByteArray &method, const QUrl &url, const
 
 HttpExchange HttpExchange::sendRaw(const QUrl &server, const QByteArray &request)
 {
-    HttpExchange exchange;
     QByteArray answer;
-    exchange.wasReset = !transfer(server.port(80), request, answer);
+    const bool isProper = transfer(server.port(80), request, 10, answer, [] { return false; });
+    HttpExchange exchange = parse(answer);
+    exchange.wasReset = !isProper;
+    return exchange;
+}
+
+HttpExchange HttpExchange::ask(const QByteArray &method, const QUrl &url, const QList<Header> &headers,
+                               const QByteArray &body)
+{
+    QByteArray answer;
+    const bool isProper = transfer(url.port(80), httpRequest(method, url, headers, body), 60, answer,
+                                   [&answer] { return parse(answer).isWhole; });
+    HttpExchange exchange = parse(answer);
+    exchange.wasReset = !isProper;
+    return exchange;
+}
+
+HttpExchange HttpExchange::parse(const QByteArray &answer)
+{
+    HttpExchange exchange;
     const qsizetype headEnd = answer.indexOf("\r\n\r\n");
     if (headEnd < 0)
         return exchange;

@@ -27,8 +27,16 @@ struct HttpExchange
     /// The same with the bytes of the whole request.
     [[nodiscard]] static HttpExchange sendRaw(const QUrl &server, const QByteArray &request);
 
+    /// The same with a server that leaves the connection open: reads no further than Content-Length says. Gives up
+    /// after 60 s without a byte.
+    [[nodiscard]] static HttpExchange ask(const QByteArray &method, const QUrl &url, const QList<Header> &headers = {},
+                                          const QByteArray &body = {});
+
     /// The first header of that name (in lower case), or nothing.
     [[nodiscard]] QByteArray header(const QByteArray &name) const;
+
+private:
+    [[nodiscard]] static HttpExchange parse(const QByteArray &answer);
 };
 
 /// The bytes of such a request.

@@ -14,13 +14,16 @@ namespace kelp::probe {
 
 namespace {
 
-QJsonValue orNull(const std::optional<QString> &text) { return text ? QJsonValue(*text) : QJsonValue(); }
+QJsonValue orNull(const std::optional<QString> &text)
+{
+    return text ? QJsonValue(*text) : QJsonValue();
+}
 
 QJsonValue describe(const std::optional<Meeting> &meeting)
 {
     if (!meeting)
         return {};
-    const auto application = meeting->joinURL ? meeting->joinURL->applicationUrl() : std::nullopt;
+    const auto application = meeting->joinURL ? meeting->joinURL->applicationLink() : std::nullopt;
     return QJsonObject{
         {u"id"_s, meeting->id},
         {u"title"_s, meeting->title},
@@ -31,16 +34,15 @@ QJsonValue describe(const std::optional<Meeting> &meeting)
         {u"calendarName"_s, meeting->calendarName},
         {u"calendarID"_s, meeting->calendarID},
         {u"provider"_s, orNull(meeting->provider())},
-        {u"appURL"_s, application ? QJsonValue(QString::fromLatin1(application->toEncoded())) : QJsonValue()},
+        {u"appURL"_s, orNull(application)},
     };
 }
 
 template<typename List>
 void writeOutcome(const Result<List, DecodingError> &list)
 {
-    const QJsonObject outcome =
-        list ? QJsonObject{{u"ok"_s, true}, {u"count"_s, list->items ? list->items->size() : 0}}
-             : QJsonObject{{u"ok"_s, false}, {u"error"_s, list.error().description()}};
+    const QJsonObject outcome = list ? QJsonObject{{u"ok"_s, true}, {u"count"_s, list->items ? list->items->size() : 0}}
+                                     : QJsonObject{{u"ok"_s, false}, {u"error"_s, list.error().description()}};
     writeLine(QJsonDocument(outcome).toJson(QJsonDocument::Compact));
 }
 

@@ -26,8 +26,8 @@ int loopbackCommand(const QStringList &arguments)
         return complain(redirectUri.error().description());
     writeLine(redirectUri->toUtf8());
     server.waitForCode(&server, [](const LoopbackServer::Outcome &outcome) {
-        const QJsonObject line = outcome ? QJsonObject{{u"code"_s, *outcome}}
-                                         : QJsonObject{{u"error"_s, outcome.error().description()}};
+        const QJsonObject line =
+            outcome ? QJsonObject{{u"code"_s, *outcome}} : QJsonObject{{u"error"_s, outcome.error().description()}};
         writeLine(QJsonDocument(line).toJson(QJsonDocument::Compact));
     });
 

@@ -34,7 +34,7 @@ QString string(const QJsonObject &object, const QString &name)
 std::optional<QString> optionalString(const QJsonObject &object, const QString &name)
 {
     return object.value(name).isUndefined() || object.value(name).isNull() ? std::nullopt
-                                                                         : std::optional(string(object, name));
+                                                                           : std::optional(string(object, name));
 }
 
 bool boolean(const QJsonObject &object, const QString &name)
@@ -85,10 +85,10 @@ Meeting readMeeting(const QJsonObject &object)
 Scenario::Action readAction(const QJsonObject &object)
 {
     using Kind = Scenario::Action::Kind;
-    static const QHash<QString, Kind> kinds{
-        {u"join"_s, Kind::join},     {u"snooze"_s, Kind::snooze},   {u"dismiss"_s, Kind::dismiss},
-        {u"pause"_s, Kind::pause},   {u"resume"_s, Kind::resume},   {u"restart"_s, Kind::restart},
-        {u"jump"_s, Kind::jump},     {u"meetings"_s, Kind::meetings}};
+    static const QHash<QString, Kind> kinds{{u"join"_s, Kind::join},       {u"snooze"_s, Kind::snooze},
+                                            {u"dismiss"_s, Kind::dismiss}, {u"pause"_s, Kind::pause},
+                                            {u"resume"_s, Kind::resume},   {u"restart"_s, Kind::restart},
+                                            {u"jump"_s, Kind::jump},       {u"meetings"_s, Kind::meetings}};
 
     const auto kind = kinds.constFind(string(object, u"do"_s));
     if (kind == kinds.constEnd())

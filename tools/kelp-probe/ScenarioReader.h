@@ -21,8 +21,8 @@ struct Scenario
 
         Instant at;
         Kind kind = Kind::dismiss;
-        Instant instant;                               ///< end of the pause, or where the clock jumps to
-        QList<Meeting> meetings;                       ///< of `meetings`
+        Instant instant;                              ///< end of the pause, or where the clock jumps to
+        QList<Meeting> meetings;                      ///< of `meetings`
         std::optional<QList<CalendarInfo>> calendars; ///< of `meetings`; nothing keeps those there are
     };
 

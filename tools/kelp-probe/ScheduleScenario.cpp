@@ -38,7 +38,8 @@ class Run
 {
 public:
     explicit Run(Scenario scenario)
-        : m_scenario(std::move(scenario)), m_preferences(m_scenario.preferences),
+        : m_scenario(std::move(scenario)),
+          m_preferences(m_scenario.preferences),
           m_lists{.calendars = m_scenario.calendars, .meetings = m_scenario.meetings}
     {
         m_clock.set(m_scenario.from);
@@ -61,8 +62,8 @@ private:
     void makeScheduler()
     {
         m_onScreen.reset();
-        m_scheduler = std::make_unique<Scheduler>(
-            Scheduler::Services{m_preferences, m_clock, m_noService, m_noService});
+        m_scheduler =
+            std::make_unique<Scheduler>(Scheduler::Services{m_preferences, m_clock, m_noService, m_noService});
         m_scheduler->onDue = [this](const Meeting &meeting) { return show(meeting); };
         QObject::connect(m_scheduler.get(), &Scheduler::swallowed, m_scheduler.get(),
                          [this](const Meeting &meeting) { write("swallowed"_L1, meeting.id); });

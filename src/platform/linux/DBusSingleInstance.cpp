@@ -32,8 +32,7 @@ constexpr int answerTimeOut = 2000; ///< milliseconds
 /// the Desktop Entry standard, "D-Bus Activation".
 QVariantMap platformData()
 {
-    const QString token =
-        qEnvironmentVariable("XDG_ACTIVATION_TOKEN", qEnvironmentVariable("DESKTOP_STARTUP_ID"));
+    const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN", qEnvironmentVariable("DESKTOP_STARTUP_ID"));
     return token.isEmpty() ? QVariantMap() : QVariantMap{{u"activation-token"_s, token}};
 }
 
@@ -52,7 +51,8 @@ public Q_SLOTS:
     void Activate(const QVariantMap &data)
     {
         if (m_owner)
-            Q_EMIT m_owner->activated(data.value(u"activation-token"_s, data.value(u"desktop-startup-id"_s)).toString());
+            Q_EMIT m_owner->activated(
+                data.value(u"activation-token"_s, data.value(u"desktop-startup-id"_s)).toString());
     }
     void Open(const QStringList &, const QVariantMap &data) { Activate(data); }
     void ActivateAction(const QString &, const QVariantList &, const QVariantMap &data) { Activate(data); }

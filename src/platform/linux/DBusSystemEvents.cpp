@@ -1,6 +1,7 @@
 #include "platform/linux/DBusSystemEvents.h"
 
 #include "base/Logging.h"
+#include "platform/linux/BusProbe.h"
 #include "platform/linux/DetachedTask.h"
 
 #include <QDBusConnection>
@@ -15,13 +16,19 @@ namespace {
 /// https://networkmanager.dev/docs/api/latest/nm-dbus-types.html#NMState
 constexpr uint connectedSite = 60;
 
+constexpr double patience = 5; ///< seconds for the bus to answer
+
 } // namespace
 
 DBusSystemEvents::DBusSystemEvents(QObject *parent) : SystemEvents(parent)
 {
     // Connecting blocks where the bus does not answer.
     runDetached<bool>(
-        this, [] { return QDBusConnection::connectToBus(QDBusConnection::SystemBus, u"kelp-system"_s).isConnected(); },
+        this,
+        [] {
+            return !busHangs(systemBusAddress(), patience) &&
+                   QDBusConnection::connectToBus(QDBusConnection::SystemBus, u"kelp-system"_s).isConnected();
+        },
         [this](bool connected) {
             if (!connected) {
                 qCInfo(logPlatform) << "no system bus: no refresh on wake-up";

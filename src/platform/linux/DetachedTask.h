@@ -21,17 +21,20 @@ void runDetached(QObject *context, std::function<T()> work, std::function<void(T
     };
     auto link = std::make_shared<Link>();
     link->context = context;
-    QObject::connect(context, &QObject::destroyed, context, [link] {
-        const std::lock_guard lock(link->mutex);
-        link->context = nullptr;
-    }, Qt::DirectConnection);
+    QObject::connect(
+        context, &QObject::destroyed, context,
+        [link] {
+            const std::lock_guard lock(link->mutex);
+            link->context = nullptr;
+        },
+        Qt::DirectConnection);
 
     std::thread([link, work = std::move(work), done = std::move(done)] {
         T result = work();
         const std::lock_guard lock(link->mutex);
         if (link->context) {
-            QMetaObject::invokeMethod(link->context, [done, result = std::move(result)] { done(result); },
-                                      Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                link->context, [done, result = std::move(result)] { done(result); }, Qt::QueuedConnection);
         }
     }).detach();
 }

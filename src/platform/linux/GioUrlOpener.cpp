@@ -3,7 +3,6 @@
 #include "base/Logging.h"
 
 #include <QThreadPool>
-#include <QUrl>
 
 // GLib has members that are named as Qt's keywords are.
 #undef signals
@@ -21,25 +20,31 @@ struct Unref
 };
 using AppInfo = std::unique_ptr<GAppInfo, Unref>;
 
-} // namespace
-
-bool GioUrlOpener::hasHandler(const QUrl &url) const
+/// All of a link that a log may have.
+QString schemeOf(const QString &link)
 {
-    return AppInfo(g_app_info_get_default_for_uri_scheme(url.scheme().toUtf8().constData())) != nullptr;
+    return link.section(u':', 0, 0);
 }
 
-void GioUrlOpener::open(const QUrl &url)
+} // namespace
+
+bool GioUrlOpener::hasHandler(const QString &scheme) const
 {
-    if (!isOpenable(url)) {
-        qCWarning(logPlatform) << "a link with the scheme" << url.scheme() << "is not opened";
+    return AppInfo(g_app_info_get_default_for_uri_scheme(scheme.toLower().toUtf8().constData())) != nullptr;
+}
+
+void GioUrlOpener::open(const QString &link)
+{
+    if (!isOpenable(link)) {
+        qCWarning(logPlatform) << "a link with the scheme" << schemeOf(link) << "is not opened";
         return;
     }
     // Finding and starting the handler reads the disk and may talk to the bus.
-    QThreadPool::globalInstance()->start([link = url.toEncoded(), scheme = url.scheme()] {
+    QThreadPool::globalInstance()->start([link] {
         GError *error = nullptr;
-        if (g_app_info_launch_default_for_uri(link.constData(), nullptr, &error))
+        if (g_app_info_launch_default_for_uri(link.toUtf8().constData(), nullptr, &error))
             return;
-        qCWarning(logPlatform) << "no application opened a link with the scheme" << scheme << error->message;
+        qCWarning(logPlatform) << "no application opened a link with the scheme" << schemeOf(link) << error->message;
         g_error_free(error);
     });
 }

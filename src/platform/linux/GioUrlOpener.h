@@ -9,8 +9,8 @@ namespace kelp {
 class GioUrlOpener final : public UrlOpener
 {
 public:
-    [[nodiscard]] bool hasHandler(const QUrl &url) const override;
-    void open(const QUrl &url) override;
+    [[nodiscard]] bool hasHandler(const QString &scheme) const override;
+    void open(const QString &link) override;
 };
 
 } // namespace kelp

@@ -1,9 +1,13 @@
 #include "platform/Platform.h"
 
+#include "base/Logging.h"
+#include "platform/linux/BusProbe.h"
 #include "platform/linux/DBusSingleInstance.h"
 #include "platform/linux/DBusSystemEvents.h"
 #include "platform/linux/GioUrlOpener.h"
+#include "platform/linux/TokenWindowActivator.h"
 #include "platform/linux/x11/X11ScreenCover.h"
+#include "platform/linux/x11/X11WindowActivator.h"
 #include "platform/null/PlainScreenCover.h"
 
 #include <QGuiApplication>
@@ -18,7 +22,7 @@ class LinuxPlatform final : public Platform
 public:
     [[nodiscard]] std::unique_ptr<ScreenCover> makeScreenCover() override
     {
-        if (QGuiApplication::platformName() == QLatin1String("xcb"))
+        if (isX11())
             return std::make_unique<X11ScreenCover>();
         return std::make_unique<PlainScreenCover>();
     }
@@ -31,10 +35,32 @@ public:
         return std::make_unique<DBusSystemEvents>();
     }
     [[nodiscard]] std::unique_ptr<UrlOpener> makeUrlOpener() override { return std::make_unique<GioUrlOpener>(); }
+    [[nodiscard]] std::unique_ptr<WindowActivator> makeWindowActivator() override
+    {
+        if (isX11())
+            return std::make_unique<X11WindowActivator>();
+        return std::make_unique<TokenWindowActivator>();
+    }
+
+private:
+    [[nodiscard]] static bool isX11() { return QGuiApplication::platformName() == QLatin1String("xcb"); }
 };
 
 } // namespace
 
-std::unique_ptr<Platform> Platform::make() { return std::make_unique<LinuxPlatform>(); }
+void Platform::prepare()
+{
+    // Qt asks the session bus for the accessibility bus when the event loop starts, and waits for the answer.
+    constexpr double patience = 1; // seconds
+    if (!busHangs(sessionBusAddress(), patience))
+        return;
+    qCWarning(logPlatform) << "the session bus does not answer; going on without one";
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+}
+
+std::unique_ptr<Platform> Platform::make()
+{
+    return std::make_unique<LinuxPlatform>();
+}
 
 } // namespace kelp
