@@ -80,7 +80,7 @@ bool busHangs(const QByteArray &address, double seconds)
 
 QByteArray sessionBusAddress()
 {
-    const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
     if (!address.isEmpty())
         return address;
     const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/bus"_s;

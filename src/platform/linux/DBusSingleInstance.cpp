@@ -4,13 +4,13 @@
 #include "base/Clock.h"
 #include "base/Folders.h"
 #include "base/Logging.h"
+#include "platform/linux/DBusApplicationObject.h"
 #include "platform/linux/DetachedTask.h"
 
 #include <QCryptographicHash>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDir>
-#include <QPointer>
 #include <QVariantMap>
 
 #include <fcntl.h>
@@ -38,31 +38,8 @@ QVariantMap platformData()
 
 } // namespace
 
-/// What other processes see of a running Kelp.
-class DBusSingleInstance::ApplicationObject : public QObject
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
-
-public:
-    explicit ApplicationObject(DBusSingleInstance *owner) : m_owner(owner) {}
-
-public Q_SLOTS:
-    void Activate(const QVariantMap &data)
-    {
-        if (m_owner)
-            Q_EMIT m_owner->activated(
-                data.value(u"activation-token"_s, data.value(u"desktop-startup-id"_s)).toString());
-    }
-    void Open(const QStringList &, const QVariantMap &data) { Activate(data); }
-    void ActivateAction(const QString &, const QVariantList &, const QVariantMap &data) { Activate(data); }
-
-private:
-    QPointer<DBusSingleInstance> m_owner;
-};
-
 DBusSingleInstance::DBusSingleInstance(Clock &clock, QObject *parent)
-    : SingleInstance(parent), m_clock(clock), m_object(std::make_shared<ApplicationObject>(this))
+    : SingleInstance(parent), m_clock(clock), m_object(std::make_shared<DBusApplicationObject>(*this))
 {
 }
 
@@ -74,7 +51,7 @@ DBusSingleInstance::~DBusSingleInstance()
 
 QString DBusSingleInstance::busName()
 {
-    const QString name = u"app.kelp.Kelp"_s;
+    QString name = u"app.kelp.Kelp"_s;
     if (folders::isUsualConfiguration())
         return name;
     const QByteArray place = QDir::cleanPath(folders::configuration()).toUtf8();
@@ -134,5 +111,3 @@ void DBusSingleInstance::claimByLock()
 }
 
 } // namespace kelp
-
-#include "DBusSingleInstance.moc"

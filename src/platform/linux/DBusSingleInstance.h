@@ -7,6 +7,7 @@
 namespace kelp {
 
 class Clock;
+class DBusApplicationObject;
 
 /// SingleInstance by a name on the session bus, app.kelp.Kelp; a configuration at another place than the usual one
 /// gets a name of its own. Where there is no bus, or it does not answer within 2 s, a lock on a file in the
@@ -27,14 +28,13 @@ public:
     [[nodiscard]] static QString busName();
 
 private:
-    class ApplicationObject;
     enum class Claim { owned, taken, noBus };
 
     void decide(Claim claim);
     void claimByLock();
 
     Clock &m_clock;
-    std::shared_ptr<ApplicationObject> m_object; ///< shared with the thread that registers it
+    std::shared_ptr<DBusApplicationObject> m_object; ///< shared with the thread that registers it
     bool m_decided = false;
     int m_lock = -1; ///< file descriptor that holds the lock
 };
