@@ -101,10 +101,10 @@ Levels blurredAndTransposed(const Levels &levels, const std::array<int, 3> &side
 
 QImage blurred(const QImage &image, double radius)
 {
-    Q_ASSERT(image.format() == QImage::Format_Alpha8 || image.format() == QImage::Format_ARGB32_Premultiplied);
-    const std::array<int, 3> sides = boxes(radius);
     if (image.isNull() || blurReach(radius) == 0)
         return image;
+    Q_ASSERT(image.format() == QImage::Format_Alpha8 || image.format() == QImage::Format_ARGB32_Premultiplied);
+    const std::array<int, 3> sides = boxes(radius);
     const Levels levels = blurredAndTransposed(blurredAndTransposed(levelsOf(image), sides), sides);
     QImage result(image.size(), image.format());
     result.setDevicePixelRatio(image.devicePixelRatio());
