@@ -71,7 +71,9 @@ FileOperations &FileOperations::system()
     return operations;
 }
 
-Result<void, FileError> makePrivateFolder(const QString &folder, FileOperations &operations)
+namespace {
+
+Result<void, FileError> makeFolder(const QString &folder, unsigned mode, FileOperations &operations)
 {
     const QByteArray path = QFile::encodeName(folder);
     struct stat status = {};
@@ -82,15 +84,25 @@ Result<void, FileError> makePrivateFolder(const QString &folder, FileOperations 
     }
     const QString parent = QFileInfo(folder).path();
     if (parent != folder) {
-        if (auto made = makePrivateFolder(parent, operations); !made)
+        if (auto made = makeFolder(parent, mode, operations); !made)
             return made;
     }
-    if (operations.makeFolder(path.constData(), 0700) != 0 && errno != EEXIST)
+    if (operations.makeFolder(path.constData(), mode) != 0 && errno != EEXIST)
         return Failure(FileError{folder, errno});
     return {};
 }
 
-AtomicFile::AtomicFile(QString path, FileOperations &operations) : m_path(std::move(path)), m_operations(operations) {}
+} // namespace
+
+Result<void, FileError> makePrivateFolder(const QString &folder, FileOperations &operations)
+{
+    return makeFolder(folder, 0700, operations);
+}
+
+AtomicFile::AtomicFile(QString path, FileOperations &operations, Access access)
+    : m_path(std::move(path)), m_operations(operations), m_access(access)
+{
+}
 
 FileError AtomicFile::lastError() const
 {
@@ -134,12 +146,13 @@ Result<std::optional<QByteArray>, FileError> AtomicFile::read() const
 
 Result<void, FileError> AtomicFile::write(const QByteArray &content)
 {
-    if (auto made = makePrivateFolder(QFileInfo(m_path).path(), m_operations); !made)
+    const bool isPrivate = m_access == Access::owner;
+    if (auto made = makeFolder(QFileInfo(m_path).path(), isPrivate ? 0700 : 0777, m_operations); !made)
         return made;
 
     const QByteArray temporary = temporaryPath(m_path);
-    const int descriptor =
-        m_operations.open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    const int descriptor = m_operations.open(
+        temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, isPrivate ? 0600 : 0666);
     if (descriptor < 0)
         return Failure(lastError());
 

@@ -42,15 +42,21 @@ public:
 [[nodiscard]] Result<void, FileError> makePrivateFolder(const QString &folder,
                                                         FileOperations &operations = FileOperations::system());
 
-/// A private file (0600) in a private folder (0700) whose content is only ever replaced as a whole: at every moment,
-/// also after a crash or on a full disk, it holds either the old bytes or the new ones.
+/// A file whose content is only ever replaced as a whole: at every moment, also after a crash or on a full disk, it
+/// holds either the old bytes or the new ones.
 ///
 /// A write goes to a new file beside it, which is flushed to the disk and then renamed over the old one.
 class AtomicFile
 {
 public:
+    enum class Access {
+        owner, ///< a private file (0600) in a private folder (0700): everything that Kelp keeps
+        usual, ///< what the user asked for: as the umask has it
+    };
+
     /// Nothing is touched yet.
-    explicit AtomicFile(QString path, FileOperations &operations = FileOperations::system());
+    explicit AtomicFile(QString path, FileOperations &operations = FileOperations::system(),
+                        Access access = Access::owner);
 
     [[nodiscard]] const QString &path() const { return m_path; }
 
@@ -73,6 +79,7 @@ private:
 
     QString m_path;
     FileOperations &m_operations;
+    Access m_access;
 };
 
 } // namespace kelp
