@@ -67,7 +67,8 @@ struct OverlayTheme
     [[nodiscard]] static const OverlayTheme &midnight();
     /// The theme with exactly this id, else Midnight.
     [[nodiscard]] static OverlayTheme named(const QString &id);
-    /// The theme that the preferences ask for.
+    /// The theme that the preferences ask for. For "random" any but the user's own picture and the one that the last
+    /// random choice returned.
     [[nodiscard]] static OverlayTheme forNextOverlay(const Preferences &preferences);
 };
 

@@ -1,78 +1,346 @@
 #include "themes/ThemeBackgroundView.h"
 
-#include <QImage>
-#include <QLinearGradient>
+#include "preferences/Preferences.h"
+#include "themes/Backdrop.h"
+#include "themes/GrainLayer.h"
+#include "themes/ThemeImages.h"
+
+#include <QPaintEngine>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <utility>
 
 namespace kelp {
 
 namespace {
 
-/// What a blurred desktop comes to on the whole, where nothing behind the window can be seen.
-constexpr double desktopGrey = 0.2;
-/// Black over it keeps the card readable on any desktop.
-constexpr double dimAtTop = 0.55;
-constexpr double dimAtBottom = 0.8;
+/// Seconds between two positions of a wandering picture, which moves by less than half a point in them.
+constexpr double slowly = 1.0 / 8;
 
-constexpr int tileWidth = 64;
-
-/// A fixed pattern of thresholds in 0…1, without visible structure (interleaved gradient noise).
-double threshold(int x, int y)
+QSize pixelsOf(const QSizeF &size, double density)
 {
-    const double inner = 0.06711056 * x + 0.00583715 * y;
-    const double outer = 52.9829189 * (inner - std::floor(inner));
-    return outer - std::floor(outer);
+    return QSize(static_cast<int>(std::ceil(size.width() * density)),
+                 static_cast<int>(std::ceil(size.height() * density)))
+        .expandedTo({1, 1});
 }
 
-/// Grey under the dark gradient as a strip to repeat sideways. From top to bottom it passes through only a dozen of the
-/// 256 levels, which shows as bands; so the levels are mixed by a threshold per pixel.
-QImage dimmedGrey(int height)
+QRect pixelsOf(const QRect &part, double density)
 {
-    QImage tile(tileWidth, height, QImage::Format_RGB32);
-    for (int y = 0; y < height; ++y) {
-        const double dim = dimAtTop + (dimAtBottom - dimAtTop) * (y + 0.5) / height;
-        const double level = 255 * desktopGrey * (1 - dim);
-        auto *line = reinterpret_cast<QRgb *>(tile.scanLine(y));
-        for (int x = 0; x < tileWidth; ++x) {
-            const int value = static_cast<int>(std::floor(level + threshold(x, y)));
-            line[x] = qRgb(value, value, value);
+    return QRectF(QPointF(part.topLeft()) * density, QSizeF(part.size()) * density).toAlignedRect();
+}
+
+/// Clips to the very pixels that `part` touches: at a density like 1.25 a clip in points would leave some of them out.
+void clipToPixels(QPainter &painter, const QRegion &part, double density)
+{
+    if (density == std::floor(density)) {
+        painter.setClipRegion(part, Qt::IntersectClip);
+        return;
+    }
+    QRegion pixels;
+    for (const QRect &each : part)
+        pixels += pixelsOf(each, density);
+    const QTransform world = painter.worldTransform();
+    painter.setWorldTransform(QTransform::fromScale(1 / density, 1 / density) * world);
+    painter.setClipRegion(pixels, Qt::IntersectClip);
+    painter.setWorldTransform(world);
+}
+
+/// Shows `pixels` of `source` in their place. `target` are the painter's own pixels, if they can be reached.
+void copyPixels(QPainter &painter, QImage *target, const QImage &source, const QRect &pixels, double density)
+{
+    if (!target) {
+        painter.drawImage(QRectF(QPointF(pixels.topLeft()) / density, QSizeF(pixels.size()) / density), source, pixels);
+        return;
+    }
+    const auto bytes = static_cast<std::size_t>(pixels.width()) * sizeof(QRgb);
+    const std::ptrdiff_t left = std::ptrdiff_t{pixels.left()} * std::ptrdiff_t{sizeof(QRgb)};
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y)
+        std::memcpy(target->scanLine(y) + left, source.constScanLine(y) + left, bytes);
+}
+
+/// What is drawn where a picture is missing or cannot be read: the accent at 35 %, fading to black. It changes by a
+/// shade only every few rows, so a pattern spreads what lies between two shades.
+QImage missingPicture(const QSize &pixels, const QColor &accent)
+{
+    QImage image(pixels, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        const double part = 0.35 * (1 - (y + 0.5) / image.height());
+        const auto fine = [&](float channel) { return static_cast<int>(std::lround(channel * part * 255 * 128)); };
+        const int red = fine(accent.redF());
+        const int green = fine(accent.greenF());
+        const int blue = fine(accent.blueF());
+        const std::int16_t *noise = SoftImage::pattern(y);
+        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x) {
+            const int more = noise[x % SoftImage::patternSide * 4];
+            line[x] = qRgb((red + more) >> 7, (green + more) >> 7, (blue + more) >> 7);
         }
     }
-    return tile;
+    return image;
 }
 
-/// What is drawn where a picture is missing or cannot be read.
-void paintMissingPicture(QPainter &painter, const QSizeF &size, QColor accent)
+/// The pixels that `painter` paints on, when they are just the view's and nothing stands between: then a frame can be
+/// put there at once instead of being copied.
+QImage *plainTarget(const QPainter &painter, const QSize &pixels, double density)
 {
-    QLinearGradient gradient(0, 0, 0, size.height());
-    accent.setAlphaF(0.35F);
-    gradient.setColorAt(0, accent);
-    gradient.setColorAt(1, Qt::black);
-    painter.fillRect(QRectF(QPointF(), size), Qt::black);
-    painter.fillRect(QRectF(QPointF(), size), gradient);
+    QPaintDevice *device = painter.paintEngine() ? painter.paintEngine()->paintDevice() : nullptr;
+    if (!device || device->devType() != QInternal::Image || painter.hasClipping() || painter.opacity() < 1 ||
+        painter.compositionMode() != QPainter::CompositionMode_SourceOver ||
+        painter.deviceTransform() != QTransform::fromScale(density, density))
+        return nullptr;
+    auto *image = static_cast<QImage *>(device);
+    const bool fits = image->format() == QImage::Format_RGB32 || image->format() == QImage::Format_ARGB32_Premultiplied;
+    return fits && image->size() == pixels ? image : nullptr;
 }
 
 } // namespace
 
-ThemeBackgroundView::ThemeBackgroundView(const OverlayTheme &theme) : m_theme(theme) {}
-
-void ThemeBackgroundView::paint(QPainter &painter, const QSizeF &size)
+BackgroundOptions BackgroundOptions::forOverlay(const OverlayTheme &theme, const Preferences &preferences, bool animate)
 {
-    const QRectF frame(QPointF(), size);
+    BackgroundOptions options;
+    options.live = true;
+    options.animate = animate;
+    options.customDim = std::clamp(preferences.get(preference::customDim), 0.0, 1.0);
+    options.pictureComes = !ThemeImages::isReady(theme, preferences);
+    if (std::holds_alternative<CustomBackground>(theme.background) && !options.pictureComes)
+        options.customPicture = ThemeImages::custom(preferences);
+    return options;
+}
+
+ThemeBackgroundView::ThemeBackgroundView(const OverlayTheme &theme, BackgroundOptions options)
+    : m_theme(theme), m_options(std::move(options))
+{
+    if (theme.animation)
+        m_layer = AnimatedLayer{*theme.animation, m_options.animate};
+}
+
+void ThemeBackgroundView::paint(QPainter &painter, const QSizeF &size, Instant shown, const QRegion &part)
+{
+    const QRegion wanted = part.isEmpty() ? QRegion(QRectF(QPointF(), size).toAlignedRect()) : part;
+    const double density = painter.device()->devicePixelRatioF();
+    prepare(pixelsOf(size, density), density);
+    if (!isComposed()) {
+        for (const QRect &each : wanted)
+            paintStill(painter, size, each);
+        return;
+    }
+    if (isPictured())
+        paintPicture(painter, density, shown, wanted);
+    else if (std::holds_alternative<SolidBackground>(m_theme.background) || isBlurred())
+        paintGlow(painter, density, shown, wanted);
+    else
+        paintBase(painter, size, density);
+    if (m_layer) {
+        painter.save();
+        clipToPixels(painter, wanted, density);
+        paintLayer(painter, size, density, m_layer->time(shown));
+        painter.restore();
+    }
+}
+
+void ThemeBackgroundView::setPicture(const QImage &picture)
+{
+    m_options.pictureComes = false;
+    m_given = picture;
+    m_pixels = QSize();
+}
+
+QRectF ThemeBackgroundView::movingPart(const QSizeF &size) const
+{
+    if (!m_options.live || !m_options.animate)
+        return {};
+    const bool hasPicture = m_pixels.isEmpty() || m_options.pictureComes || !m_picture.isNull();
+    if (std::holds_alternative<ImageBackground>(m_theme.background) && hasPicture)
+        return {QPointF(), size};
+    return m_layer ? m_layer->movingPart(size) : QRectF();
+}
+
+QRegion ThemeBackgroundView::changed(const QSizeF &size, Instant from, Instant to) const
+{
+    const QRegion moving = movingPart(size).toAlignedRect();
+    if (m_pixels.isEmpty() || !isPictured() || pictureTime(from) != pictureTime(to))
+        return moving;
+    if (!m_layer)
+        return {};
+    return moving & (m_layer->sharpPart(size, m_layer->time(from)) | m_layer->sharpPart(size, m_layer->time(to)));
+}
+
+double ThemeBackgroundView::leastInterval() const
+{
+    const double ofLayer = m_layer ? m_layer->leastInterval() : slowly;
+    return std::holds_alternative<ImageBackground>(m_theme.background) ? std::min(ofLayer, slowly) : ofLayer;
+}
+
+QImage ThemeBackgroundView::picture() const
+{
+    if (m_given || m_options.pictureComes)
+        return m_given.value_or(QImage());
+    if (const auto *image = std::get_if<ImageBackground>(&m_theme.background))
+        return ThemeImages::bundled(image->name);
+    return std::holds_alternative<CustomBackground>(m_theme.background) ? m_options.customPicture : QImage();
+}
+
+/// Whether each frame is put together from its layers; otherwise it is painted once and copied.
+bool ThemeBackgroundView::isComposed() const
+{
+    return m_layer || isBlurred() ||
+           (!m_picture.isNull() && std::holds_alternative<ImageBackground>(m_theme.background));
+}
+
+/// Whether there is a picture under the layers.
+bool ThemeBackgroundView::isPictured() const
+{
+    return !m_picture.isNull();
+}
+
+/// Whether the desktop is seen through it.
+bool ThemeBackgroundView::isBlurred() const
+{
+    return std::holds_alternative<BlurBackground>(m_theme.background) && !m_options.backdrop.isNull();
+}
+
+/// Makes what only depends on the size.
+void ThemeBackgroundView::prepare(const QSize &pixels, double density)
+{
+    if (m_pixels == pixels)
+        return;
+    m_pixels = pixels;
+    m_softTime.reset();
+    m_layerStill = {};
+    m_canvas = {};
+    m_still = {};
+    m_picture = picture();
+    if (!m_picture.isNull())
+        m_picture = PictureLayer::fitted(m_picture, pixels);
+    m_shade.prepare(pixels);
     if (const auto *solid = std::get_if<SolidBackground>(&m_theme.background)) {
-        painter.fillRect(frame, solid->colour);
-    } else if (std::holds_alternative<BlurBackground>(m_theme.background)) {
-        const double density = painter.device()->devicePixelRatioF();
-        const int height = std::max(1, static_cast<int>(std::ceil(size.height() * density)));
-        if (m_tile.height() != height) {
-            m_tile = QPixmap::fromImage(dimmedGrey(height));
-            m_tile.setDevicePixelRatio(density);
+        m_shade.fill(SoftPixel::opaque(solid->colour));
+    } else if (isBlurred()) {
+        Backdrop::soften(m_shade, m_options.backdrop, pixels, density);
+    } else if (!m_picture.isNull()) {
+        const auto *image = std::get_if<ImageBackground>(&m_theme.background);
+        PictureLayer::addShade(m_shade, image ? image->dim : m_options.customDim);
+    }
+}
+
+void ThemeBackgroundView::softenAt(double t)
+{
+    if (m_softTime == t)
+        return;
+    m_softTime = t;
+    m_soft = m_shade;
+    if (m_layer)
+        m_layer->paintSoft(m_soft, t);
+}
+
+/// The time that the picture under a layer shows: it is too slow to be made for every frame.
+Instant ThemeBackgroundView::pictureTime(Instant shown) const
+{
+    return m_options.live ? Instant{std::floor(shown.secondsSince1970 / slowly) * slowly} : shown;
+}
+
+/// The moved picture, its shade and what is soft of the layer: too slow to change with every frame, and kept until it
+/// does.
+void ThemeBackgroundView::paintPicture(QPainter &painter, double density, Instant shown, const QRegion &part)
+{
+    const Instant step = pictureTime(shown);
+    const double drift = m_options.animate ? step.secondsSince1970 : 0;
+    QImage *target = plainTarget(painter, m_pixels, density);
+    if (m_canvas.size() != m_pixels || m_canvasTime != drift) {
+        m_canvasTime = drift;
+        if (m_canvas.size() != m_pixels)
+            m_canvas = QImage(m_pixels, QImage::Format_RGB32);
+        softenAt(m_layer ? m_layer->time(step) : 0);
+        const Drift moved = std::holds_alternative<ImageBackground>(m_theme.background) ? Drift::at(drift) : Drift();
+        const QRect view = QRectF(QPointF(), QSizeF(m_pixels) / density).toAlignedRect();
+        const bool isWhole = part.boundingRect().contains(view) && part.rectCount() == 1;
+        PictureLayer::paint(m_canvas, isWhole ? target : nullptr, m_picture, moved, m_soft);
+        if (isWhole && target)
+            return;
+    }
+    for (const QRect &each : part)
+        copyPixels(painter, target, m_canvas, pixelsOf(each, density) & m_canvas.rect(), density);
+}
+
+/// What is soft of the layer over the theme's colour.
+void ThemeBackgroundView::paintGlow(QPainter &painter, double density, Instant shown, const QRegion &part)
+{
+    softenAt(m_layer ? m_layer->time(shown) : 0);
+    QImage *target = plainTarget(painter, m_pixels, density);
+    if (target)
+        m_canvas = {};
+    else if (m_canvas.size() != m_pixels)
+        m_canvas = QImage(m_pixels, QImage::Format_RGB32);
+    for (const QRect &each : part) {
+        const QRect pixels = pixelsOf(each, density) & QRect(QPoint(), m_pixels);
+        m_soft.enlargeInto(target ? *target : m_canvas, pixels);
+        if (!target)
+            copyPixels(painter, nullptr, m_canvas, pixels, density);
+    }
+}
+
+void ThemeBackgroundView::paintLayer(QPainter &painter, const QSizeF &size, double density, double t)
+{
+    const QRectF still = m_layer->stillPart(size);
+    if (!still.isEmpty() && m_layerStill.isNull()) {
+        m_layerStill = QImage(pixelsOf(still.size(), density), QImage::Format_ARGB32_Premultiplied);
+        m_layerStill.setDevicePixelRatio(density);
+        m_layerStill.fill(Qt::transparent);
+        QPainter baking(&m_layerStill);
+        baking.translate(-still.topLeft());
+        m_layer->paintStill(baking, size);
+    }
+    if (!still.isEmpty()) {
+        const QRectF wanted = painter.clipBoundingRect() & still;
+        const QRectF source(QPointF(wanted.topLeft() - still.topLeft()) * density, wanted.size() * density);
+        painter.drawImage(wanted, m_layerStill, source);
+    }
+    m_layer->paintSharp(painter, size, t);
+}
+
+void ThemeBackgroundView::paintStill(QPainter &painter, const QSizeF &size, const QRect &part)
+{
+    const double density = painter.device()->devicePixelRatioF();
+    const bool isGrey = std::holds_alternative<BlurBackground>(m_theme.background);
+    if (m_still.isNull()) {
+        if (isGrey) {
+            m_still = QPixmap::fromImage(Backdrop::plain(m_pixels.height()));
+        } else {
+            QImage image(m_pixels, QImage::Format_RGB32);
+            image.setDevicePixelRatio(density);
+            QPainter baking(&image);
+            paintBase(baking, size, density);
+            baking.end();
+            m_still = QPixmap::fromImage(std::move(image));
         }
-        painter.drawTiledPixmap(frame, m_tile);
+        m_still.setDevicePixelRatio(density);
+    }
+    if (isGrey) {
+        painter.drawTiledPixmap(QRectF(part), m_still, part.topLeft());
     } else {
-        paintMissingPicture(painter, size, m_theme.accent);
+        const QRectF source(QPointF(part.topLeft()) * density, QSizeF(part.size()) * density);
+        painter.drawPixmap(QRectF(part), m_still, source);
+    }
+}
+
+void ThemeBackgroundView::paintBase(QPainter &painter, const QSizeF &size, double density)
+{
+    if (const auto *solid = std::get_if<SolidBackground>(&m_theme.background)) {
+        painter.fillRect(QRectF(QPointF(), size), solid->colour);
+        if (solid->grain)
+            GrainLayer::paint(painter, size);
+    } else if (m_options.pictureComes) {
+        painter.fillRect(QRectF(QPointF(), size), Qt::black);
+    } else if (m_picture.isNull()) {
+        painter.drawImage(QRectF(QPointF(), QSizeF(m_pixels) / density), missingPicture(m_pixels, m_theme.accent));
+    } else {
+        QImage image(m_pixels, QImage::Format_RGB32);
+        PictureLayer::paint(image, nullptr, m_picture, Drift(), m_shade);
+        painter.drawImage(QRectF(QPointF(), QSizeF(m_pixels) / density), image);
     }
 }
 

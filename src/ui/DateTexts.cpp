@@ -1,9 +1,12 @@
 #include "ui/DateTexts.h"
 
+#include <QHash>
 #include <QLocale>
 #include <QRegularExpression>
 
+#include <unicode/dtptngen.h>
 #include <unicode/reldatefmt.h>
+#include <unicode/smpdtfmt.h>
 
 #include <cmath>
 #include <memory>
@@ -60,7 +63,59 @@ Amount amount(const QDateTime &from, const QDateTime &to)
     return {double(sign * seconds), UDAT_RELATIVE_SECONDS};
 }
 
+/// The name of the locale for times: "de_DE"; empty for the C locale.
+QByteArray timeLocaleName()
+{
+    for (const char *variable : {"LC_ALL", "LC_TIME", "LANG"}) {
+        QByteArray name = qgetenv(variable);
+        if (name.isEmpty())
+            continue;
+        name = name.split('@').first().split('.').first();
+        return name == "C" || name == "POSIX" ? QByteArray() : name;
+    }
+    return {};
+}
+
+icu::Locale icuLocale(const QByteArray &name)
+{
+    return icu::Locale(name.isEmpty() ? "en" : name.constData());
+}
+
+/// The locale's pattern for the skeleton. Finding one takes milliseconds.
+icu::UnicodeString bestPattern(const QByteArray &localeName, QString skeleton)
+{
+    static QHash<QString, icu::UnicodeString> known;
+    if (localeName.isEmpty())
+        skeleton.replace(u'j', u'H'); // the C locale knows 24 hours, as in its short times
+    icu::UnicodeString &pattern = known[QString::fromLatin1(localeName) + u' ' + skeleton];
+    if (pattern.isEmpty()) {
+        UErrorCode status = U_ZERO_ERROR;
+        const std::unique_ptr<icu::DateTimePatternGenerator> generator(
+            icu::DateTimePatternGenerator::createInstance(icuLocale(localeName), status));
+        if (U_SUCCESS(status))
+            pattern = generator->getBestPattern(icu::UnicodeString(skeleton.utf16()), status);
+    }
+    return pattern;
+}
+
 } // namespace
+
+QString localizedTime(Instant instant, const QString &skeleton)
+{
+    const QByteArray name = timeLocaleName();
+    UErrorCode status = U_ZERO_ERROR;
+    icu::SimpleDateFormat format(bestPattern(name, skeleton), icuLocale(name), status);
+    if (U_FAILURE(status))
+        return shortTime(instant);
+    // The zone is Qt's business: the local time is written as if it were that of Greenwich.
+    format.setTimeZone(*icu::TimeZone::getGMT());
+    const QDateTime local = instant.toLocalDateTime();
+    const QDateTime asGreenwich(local.date(), local.time(), Qt::UTC);
+    icu::UnicodeString text;
+    format.format(static_cast<UDate>(asGreenwich.toMSecsSinceEpoch()), text);
+    // Newer locale data has a narrow space before AM and PM, where Qt's has a plain one.
+    return QString::fromUtf16(text.getBuffer(), text.length()).replace(QChar(0x202F), u' ');
+}
 
 QString shortTime(Instant instant)
 {

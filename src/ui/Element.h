@@ -100,6 +100,12 @@ private:
 [[nodiscard]] Element atMost(double width, Element child);
 /// Drawn larger or smaller about its centre; the room it takes stays the same.
 [[nodiscard]] Element scaled(double factor, Element child);
+/// Exactly of that size, whatever the child takes; it lies where `alignment` says, in the middle unless told.
+[[nodiscard]] Element sized(const QSizeF &size, Qt::Alignment alignment, Element child);
+/// One below the other, all of them beginning at the left, `spacing` points between them.
+[[nodiscard]] Element leading(double spacing, std::vector<Element> children);
+/// Room with nothing in it.
+[[nodiscard]] Element space(double width, double height);
 /// Where the element lies is reported under this name.
 [[nodiscard]] Element tagged(const QString &tag, Element child);
 

@@ -39,7 +39,9 @@ QFont designFont(FontDesign design, int size, QFont::Weight weight)
 {
     QFont font(families(design, size));
     font.setPixelSize(size);
-    font.setWeight(weight);
+    // The rounded family's plain cut has thinner strokes than those of the others.
+    const bool isThin = design == FontDesign::Rounded && weight == QFont::Normal;
+    font.setWeight(isThin ? QFont::Medium : weight);
     font.setHintingPreference(QFont::PreferNoHinting); // outlines at their true places on every density
     if (size >= displaySize && design != FontDesign::Monospaced)
         font.setLetterSpacing(QFont::PercentageSpacing, 99);

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "base/Instant.h"
+#include "themes/Theme.h"
+
+#include <QRectF>
+#include <QRegion>
+
+class QPainter;
+
+namespace kelp {
+
+class SoftImage;
+
+/// The moving scene that some themes lay over their background. A picture of it depends on the size and on one time t
+/// alone. What is smooth in it goes into a SoftImage, which is enlarged; points, lines and edges are then painted over.
+struct AnimatedLayer
+{
+    AnimatedKind kind;
+    bool animate = false;
+
+    /// Seconds since 2001-01-01 00:00 UTC; without motion always the same moment, one that shows the scene well.
+    [[nodiscard]] double time(Instant shown) const;
+
+    /// Seconds: painting more often shows nothing new to the eye. Rain and the lines of a floor that come nearer are
+    /// fast; what glows or twinkles moves by less than half a point meanwhile.
+    [[nodiscard]] double leastInterval() const;
+
+    void paintSoft(SoftImage &image, double t) const;
+    /// What is sharp and never moves. Nothing of it lies outside `stillPart`.
+    void paintStill(QPainter &painter, const QSizeF &size) const;
+    [[nodiscard]] QRectF stillPart(const QSizeF &size) const;
+    /// What is sharp and moves, or shines through what stands still.
+    void paintSharp(QPainter &painter, const QSizeF &size, double t) const;
+
+    /// Outside of it nothing changes with t.
+    [[nodiscard]] QRectF movingPart(const QSizeF &size) const;
+    /// What paintSharp touches at t of what it does not touch, or otherwise, at another time.
+    [[nodiscard]] QRegion sharpPart(const QSizeF &size, double t) const;
+};
+
+} // namespace kelp

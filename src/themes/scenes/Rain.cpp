@@ -1,0 +1,190 @@
+#include "themes/BandedRegion.h"
+#include "themes/Scatter.h"
+#include "themes/SoftImage.h"
+#include "themes/scenes/BehindCard.h"
+#include "themes/scenes/Scenes.h"
+
+#include <QLineF>
+#include <QPainter>
+#include <QVarLengthArray>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace kelp {
+
+namespace {
+
+constexpr int discs = 30;
+
+/// Streaks at one distance: nearer ones are longer, faster and brighter.
+struct Sheet
+{
+    int streaks;
+    double length; ///< points
+    double speed;  ///< heights of the view per second
+    double width;  ///< points
+    float opacity;
+};
+
+constexpr std::array<Sheet, 3> sheets{Sheet{70, 26, 0.75, 0.8, 0.16F}, Sheet{40, 44, 1.05, 1.1, 0.2F},
+                                      Sheet{16, 74, 1.45, 1.5, 0.22F}};
+
+constexpr double slant = -0.085; // points sideways per point downwards
+
+constexpr double waist = 0.45; // how much of a streak is its bright head
+
+/// A streak at one moment.
+struct Streak
+{
+    QPointF head;
+    double length; ///< downwards, in points
+    double seen;   ///< 0…1
+
+    [[nodiscard]] QPointF along(double part) const
+    {
+        return {head.x() - slant * length * part, head.y() - length * part};
+    }
+};
+
+/// Pixels: Qt hands lines longer than a few of these to several threads, and waking them costs more than the drawing.
+constexpr double longestPiece = 20;
+
+/// The streaks of a sheet that are as bright as each other, so that they are drawn at once.
+struct Stroke
+{
+    using Lines = QVarLengthArray<QLineF, 192>;
+    Lines heads;
+    Lines tails;
+};
+
+/// From one part of a streak to another, in pieces.
+void append(Stroke::Lines &lines, const Streak &streak, double from, double to, double density)
+{
+    const double pieces = std::ceil((to - from) * streak.length * density / longestPiece);
+    for (double piece = 0; piece < pieces; ++piece) {
+        lines.append(QLineF(streak.along(from + (to - from) * (piece + 1) / pieces),
+                            streak.along(from + (to - from) * piece / pieces)));
+    }
+}
+
+/// Rain fades towards the window sill.
+constexpr double fadeFrom = 0.6; // of the height
+constexpr double fadeTo = 0.84;
+constexpr int shades = 5;
+
+Streak streakOf(const Sheet &sheet, int element, const QSizeF &size, double t)
+{
+    const double travelled = t * sheet.speed * (0.85 + 0.3 * scatter(element, 19.19)) + scatter(element, 47.1);
+    // Each fall begins at another place; the falls repeat after an hour or so.
+    const int fall = static_cast<int>(std::fmod(std::floor(travelled), 4096));
+    const double y = fract(travelled) * (size.height() * fadeTo + sheet.length);
+    const double x = size.width() * 1.1 * scatter(element + 131 * fall, 83.7) + y * slant;
+    return {.head = {x, y},
+            .length = sheet.length * (0.7 + 0.6 * scatter(element, 103.3)),
+            .seen = std::clamp((fadeTo - y / size.height()) / (fadeTo - fadeFrom), 0.0, 1.0)};
+}
+
+void paintSheet(QPainter &painter, const QSizeF &size, const Sheet &sheet, int seed, double t)
+{
+    const double density = painter.device()->devicePixelRatioF();
+    std::array<Stroke, shades> strokes;
+    for (int i = 0; i < sheet.streaks; ++i) {
+        const Streak streak = streakOf(sheet, seed + i, size, t);
+        Stroke &stroke = strokes[static_cast<std::size_t>(std::lround(streak.seen * (shades - 1)))];
+        append(stroke.heads, streak, 0, waist, density);
+        append(stroke.tails, streak, waist, 1, density);
+    }
+    for (std::size_t shade = 1; shade < shades; ++shade) {
+        const auto draw = [&](const Stroke::Lines &lines, float opacity) {
+            const float seen = opacity * static_cast<float>(shade) / (shades - 1);
+            painter.setPen(QPen(QColor::fromRgbF(0.8F, 0.88F, 1, seen), sheet.width, Qt::SolidLine, Qt::FlatCap));
+            painter.drawLines(lines.constData(), static_cast<int>(lines.size()));
+        };
+        draw(strokes[shade].tails, sheet.opacity * 0.45F);
+        draw(strokes[shade].heads, sheet.opacity);
+    }
+}
+
+Floats discColour(int index)
+{
+    const double kind = scatter(index, 211.3);
+    if (kind < 0.5)
+        return SoftPixel::light(1.0, 0.62, 0.28); // street lamps
+    if (kind < 0.7)
+        return SoftPixel::light(1.0, 0.30, 0.24); // tail lights
+    if (kind < 0.88)
+        return SoftPixel::light(0.28, 0.62, 0.9); // signs
+    return SoftPixel::light(0.86, 0.36, 0.7);
+}
+
+void addDisc(SoftImage &image, double u, double v, double radius, const Floats &light)
+{
+    const double aspect = image.across(0) > 0 ? image.down(0) / image.across(0) : 1; // width ÷ height
+    const int left = std::max(0, static_cast<int>((u - radius / aspect) * image.width()) - 1);
+    const int right = std::min(image.width() - 1, static_cast<int>((u + radius / aspect) * image.width()) + 1);
+    const int top = std::max(0, static_cast<int>((v - radius) * image.height()) - 1);
+    const int bottom = std::min(image.height() - 1, static_cast<int>((v + radius) * image.height()) + 1);
+    for (int y = top; y <= bottom; ++y) {
+        SoftPixel *row = image.row(y);
+        const auto dy = static_cast<float>((image.down(y) - v) / radius);
+        for (int x = left; x <= right; ++x) {
+            const auto dx = static_cast<float>((image.across(x) - u) * aspect / radius);
+            const float distance = std::sqrt(dx * dx + dy * dy);
+            const float edge = std::clamp((1 - distance) * 5, 0.0F, 1.0F);
+            // A lens out of focus draws discs with a brighter rim.
+            const float rim = 0.72F + 0.28F * distance * distance * distance;
+            row[x].add(light * (edge * edge * (3 - 2 * edge) * rim));
+        }
+    }
+}
+
+} // namespace
+
+void scenes::paintBokeh(SoftImage &image, double t)
+{
+    for (int i = 0; i < discs; ++i) {
+        const double swayX = 0.012 * std::sin(t * (0.05 + 0.06 * scatter(i, 7.7)) + 6.28 * scatter(i, 13.9));
+        const double swayY = 0.018 * std::sin(t * (0.04 + 0.05 * scatter(i, 17.1)) + 6.28 * scatter(i, 23.3));
+        const double u = 0.02 + 0.76 * scatter(i, 31.1) + swayX; // the plant on the sill stays free
+        const double v = 0.36 + 0.4 * scatter(i, 37.9) + swayY;
+        const double radius = 0.022 + 0.05 * scatter(i, 53.9) * scatter(i, 59.3);
+        const double breath = 0.75 + 0.25 * std::sin(t * (0.17 + 0.2 * scatter(i, 67.7)) + 6.28 * scatter(i, 73.1));
+        const double calm = 1 - 0.85 * behindCard(u, v);
+        addDisc(image, u, v, radius,
+                discColour(i) * static_cast<float>((0.1 + 0.14 * scatter(i, 79.9)) * breath * calm));
+    }
+}
+
+void scenes::paintRain(QPainter &painter, const QSizeF &size, double t)
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    int seed = 0;
+    for (const Sheet &sheet : sheets) {
+        paintSheet(painter, size, sheet, seed, t);
+        seed += sheet.streaks;
+    }
+    painter.restore();
+}
+
+QRegion scenes::rainPart(const QSizeF &size, double t)
+{
+    std::vector<QRectF> frames;
+    int seed = 0;
+    for (const Sheet &sheet : sheets) {
+        const double margin = sheet.width / 2 + 2; // the line's ends, and whole pixels at every density
+        for (int i = 0; i < sheet.streaks; ++i) {
+            const Streak streak = streakOf(sheet, seed + i, size, t);
+            if (streak.seen > 0)
+                frames.push_back(
+                    QRectF(streak.along(1), streak.head).normalized().adjusted(-margin, -margin, margin, margin));
+        }
+        seed += sheet.streaks;
+    }
+    return bandedRegion(frames, QRectF(QPointF(), size).toAlignedRect());
+}
+
+} // namespace kelp
