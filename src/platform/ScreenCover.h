@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QImage>
+#include <QObject>
 #include <QPixmap>
 #include <QSet>
 
@@ -9,17 +11,20 @@ class QWidget;
 namespace kelp {
 
 /// Puts windows over whole screens, above everything else, and gives them the keyboard.
-class ScreenCover
+class ScreenCover : public QObject
 {
+    Q_OBJECT
+
 public:
+    using QObject::QObject;
+
     /// How a window can be made to appear and vanish gradually.
     enum class Fade {
         None,          ///< at once
         WindowOpacity, ///< the desktop blends the window: QWidget::setWindowOpacity
         Picture,       ///< the window blends itself with `picture`, taken before it was shown
+        Transparency,  ///< the window paints itself translucent
     };
-
-    virtual ~ScreenCover() = default;
 
     /// Sets up `window`, a hidden top-level widget, so that showing it covers `screen` on every workspace.
     virtual void prepare(QWidget &window, QScreen &screen) = 0;
@@ -27,6 +32,8 @@ public:
     virtual void fit(QWidget &window, QScreen &screen) = 0;
     /// Shows a prepared window without giving it the keyboard.
     virtual void show(QWidget &window) = 0;
+    /// Takes a prepared window down. Before it is destroyed, whether it was shown or not.
+    virtual void hide(QWidget &window) = 0;
 
     /// Gives the keyboard to `window`, which is shown, and keeps it there until `giveBackKeyboard`.
     virtual void takeKeyboard(QWidget &window) = 0;
@@ -40,6 +47,12 @@ public:
     [[nodiscard]] virtual Fade fade() const = 0;
     /// What the screen shows now; null where it cannot be seen.
     [[nodiscard]] virtual QPixmap picture(QScreen &screen) const = 0;
+    /// The same at an eighth of its size, for what blurs it anyway; null where it cannot be seen.
+    [[nodiscard]] virtual QImage smallPicture(QScreen &) const { return {}; }
+
+Q_SIGNALS:
+    /// The desktop has taken a window down by itself; it has to be hidden.
+    void closed(QWidget *window);
 };
 
 } // namespace kelp

@@ -6,9 +6,9 @@
 #include "base/Logging.h"
 #include "platform/linux/DBusApplicationObject.h"
 #include "platform/linux/DetachedTask.h"
+#include "platform/linux/SessionBus.h"
 
 #include <QCryptographicHash>
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDir>
 #include <QVariantMap>
@@ -23,7 +23,6 @@ namespace kelp {
 
 namespace {
 
-const QString connectionName = u"kelp-session"_s;
 const QString objectPath = u"/app/kelp/Kelp"_s;
 const QString interfaceName = u"org.freedesktop.Application"_s;
 constexpr int answerTimeOut = 2000; ///< milliseconds
@@ -62,7 +61,7 @@ QString DBusSingleInstance::busName()
 void DBusSingleInstance::claim()
 {
     const auto work = [object = m_object] {
-        QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
+        QDBusConnection bus = connectToSessionBus();
         if (!bus.isConnected())
             return Claim::noBus;
         // Before the name, so that whoever finds the name finds the object.

@@ -22,6 +22,11 @@ void PlainScreenCover::show(QWidget &window)
     window.showFullScreen();
 }
 
+void PlainScreenCover::hide(QWidget &window)
+{
+    window.hide();
+}
+
 void PlainScreenCover::takeKeyboard(QWidget &window)
 {
     window.raise();

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/X11ScreenCover.h"
 
 #include "base/Logging.h"
+#include "platform/linux/x11/X11Grab.h"
 
 #include <QCursor>
 #include <QGuiApplication>
@@ -13,6 +14,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -36,6 +38,12 @@ xcb_connection_t *connection()
     return qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
 }
 
+/// In the server's pixels. Qt leaves a screen's corner where the server has it and scales its size.
+QRect nativeGeometry(const QScreen &screen)
+{
+    return {screen.geometry().topLeft(), (QSizeF(screen.size()) * screen.devicePixelRatio()).toSize()};
+}
+
 std::uint32_t nativeId(const QWidget &window)
 {
     return static_cast<std::uint32_t>(window.winId());
@@ -43,7 +51,8 @@ std::uint32_t nativeId(const QWidget &window)
 
 } // namespace
 
-X11ScreenCover::X11ScreenCover(QObject *parent) : QObject(parent), m_connection(connection())
+X11ScreenCover::X11ScreenCover(QObject *parent)
+    : ScreenCover(parent), m_connection(connection()), m_screens(m_connection)
 {
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](QWindow *now) {
         if (!now && m_keyboardWindow)
@@ -74,9 +83,14 @@ void X11ScreenCover::show(QWidget &window)
     window.raise();
 }
 
+void X11ScreenCover::hide(QWidget &window)
+{
+    window.hide();
+}
+
 void X11ScreenCover::takeKeyboard(QWidget &window)
 {
-    if (!m_keyboardWindow)
+    if (!std::exchange(m_hasKeyboard, true))
         m_before = focused();
     m_keyboardWindow = &window;
     // The server maps an override-redirect window at once, so the window can have the focus as soon as it is shown.
@@ -85,13 +99,12 @@ void X11ScreenCover::takeKeyboard(QWidget &window)
 
 void X11ScreenCover::giveBackKeyboard()
 {
-    if (!m_keyboardWindow)
+    if (!std::exchange(m_hasKeyboard, false))
         return;
-    const bool ours = focused() == nativeId(*m_keyboardWindow);
+    const bool ours = m_keyboardWindow && focused() == nativeId(*m_keyboardWindow);
     m_keyboardWindow.clear();
     if (ours && m_before > XCB_INPUT_FOCUS_POINTER_ROOT)
         focus(m_before);
-    m_before = 0;
 }
 
 QSet<quint32> X11ScreenCover::heldKeys() const
@@ -122,7 +135,16 @@ ScreenCover::Fade X11ScreenCover::fade() const
 
 QPixmap X11ScreenCover::picture(QScreen &screen) const
 {
-    return screen.grabWindow(0);
+    QPixmap shown = QPixmap::fromImage(x11::grab(m_connection, nativeGeometry(screen)));
+    if (shown.isNull()) // the server is on another machine
+        return screen.grabWindow(0);
+    shown.setDevicePixelRatio(screen.devicePixelRatio());
+    return shown;
+}
+
+QImage X11ScreenCover::smallPicture(QScreen &screen) const
+{
+    return x11::grabEighth(m_connection, nativeGeometry(screen));
 }
 
 void X11ScreenCover::focus(std::uint32_t window)

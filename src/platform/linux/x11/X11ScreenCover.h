@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/ScreenCover.h"
+#include "platform/linux/x11/X11Screens.h"
 
-#include <QObject>
 #include <QPointer>
 #include <QWidget>
 
@@ -18,7 +18,7 @@ namespace kelp {
 ///
 /// Such a window gets the keyboard only by asking the server for it. Another client may take it away at any time; it is
 /// taken back a moment later. The keyboard is not grabbed, which would block the desktop's own shortcuts.
-class X11ScreenCover final : public QObject, public ScreenCover
+class X11ScreenCover final : public ScreenCover
 {
     Q_OBJECT
 
@@ -29,12 +29,14 @@ public:
     void prepare(QWidget &window, QScreen &screen) override;
     void fit(QWidget &window, QScreen &screen) override;
     void show(QWidget &window) override;
+    void hide(QWidget &window) override;
     void takeKeyboard(QWidget &window) override;
     void giveBackKeyboard() override;
     [[nodiscard]] QSet<quint32> heldKeys() const override;
     [[nodiscard]] QScreen *currentScreen() const override;
     [[nodiscard]] Fade fade() const override;
     [[nodiscard]] QPixmap picture(QScreen &screen) const override;
+    [[nodiscard]] QImage smallPicture(QScreen &screen) const override;
 
 private:
     void focus(std::uint32_t window);
@@ -44,8 +46,10 @@ private:
     [[nodiscard]] std::uint32_t atom(const QByteArray &name) const;
 
     xcb_connection_t *m_connection;
+    X11Screens m_screens;
     QPointer<QWidget> m_keyboardWindow;
-    std::uint32_t m_before = 0; ///< the window that had the keyboard; 0 = none of ours took it
+    bool m_hasKeyboard = false; ///< one of our windows is to have it
+    std::uint32_t m_before = 0; ///< the window that had it before
 };
 
 } // namespace kelp

@@ -5,9 +5,11 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace kelp {
 
@@ -30,8 +32,25 @@ xcb_connection_t *connectionToServer()
 
 } // namespace
 
+void X11WindowActivator::keepOutOfLists(QWidget &window)
+{
+    m_unlisted.insert(&window);
+}
+
+/// The window manager forgets the wish whenever the window is hidden, and Qt leaves it as it is.
+void X11WindowActivator::tellLists(QWidget &window) const
+{
+    xcb_connection_t *connection = connectionToServer();
+    const std::array states{atom(connection, "_NET_WM_STATE_SKIP_TASKBAR"),
+                            atom(connection, "_NET_WM_STATE_SKIP_PAGER")};
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()),
+                        atom(connection, "_NET_WM_STATE"), XCB_ATOM_ATOM, 32, states.size(), states.data());
+}
+
 void X11WindowActivator::activate(QWidget &window, const QString &)
 {
+    if (!window.isVisible() && m_unlisted.contains(&window))
+        tellLists(window);
     window.show();
     window.raise();
     window.activateWindow();
@@ -56,6 +75,27 @@ bool X11WindowActivator::isActive(const QWidget &window) const
     const std::unique_ptr<xcb_get_input_focus_reply_t, decltype(&std::free)> reply(
         xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr), &std::free);
     return window.isVisible() && reply && reply->focus == window.winId();
+}
+
+void X11WindowActivator::whenLeft(QWidget &window, std::function<void()> action)
+{
+    m_watched = &window;
+    m_left = std::move(action);
+    qGuiApp->installNativeEventFilter(this);
+}
+
+bool X11WindowActivator::nativeEventFilter(const QByteArray &, void *message, qintptr *)
+{
+    const auto &event = *static_cast<const xcb_generic_event_t *>(message);
+    if ((event.response_type & 0x7f) != XCB_FOCUS_OUT || !m_watched)
+        return false;
+    const auto &left = reinterpret_cast<const xcb_focus_out_event_t &>(event);
+    // While somebody grabs the keyboard, as window managers do for a moment, the window keeps it.
+    const bool isGrab = left.mode == XCB_NOTIFY_MODE_GRAB || left.mode == XCB_NOTIFY_MODE_UNGRAB;
+    const bool staysInside = left.detail == XCB_NOTIFY_DETAIL_INFERIOR || left.detail == XCB_NOTIFY_DETAIL_POINTER;
+    if (left.event == m_watched->internalWinId() && !isGrab && !staysInside)
+        m_left();
+    return false;
 }
 
 } // namespace kelp
