@@ -32,7 +32,7 @@ constexpr double piece = 1.0 / 60;
 
 /// At most twenty times a second, and not before the arc's end has moved by as much as one can see.
 constexpr double shortestStep = 0.05;
-constexpr double visiblePixels = 0.25;
+constexpr double visiblePixels = 0.5;
 
 QPen linePen(const QColor &colour, Qt::PenCapStyle caps)
 {

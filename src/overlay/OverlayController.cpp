@@ -1,10 +1,15 @@
 #include "overlay/OverlayController.h"
 
 #include "base/Clock.h"
+#include "base/Memory.h"
+#include "overlay/FramePacer.h"
 #include "overlay/OverlayView.h"
 #include "overlay/OverlayWindow.h"
 #include "platform/ScreenCover.h"
 #include "preferences/Preferences.h"
+#include "sound/OverlaySounds.h"
+#include "themes/KelpClock.h"
+#include "themes/ThemeImages.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -22,6 +27,29 @@ namespace {
 
 constexpr double welcomeSeconds = 8;
 constexpr double longestWait = 1.01; // seconds
+/// What was made ready is kept so long for a showing that does not come.
+constexpr double preparedSeconds = 30;
+
+// A desktop closes windows of a screen that is about to go, and perhaps for reasons of its own. Long enough for the
+// former to be over, and not for ever against the latter.
+constexpr double reopenSeconds = 0.1;
+constexpr int mostReopenings = 5;
+/// A screen that shows nothing for so long, a locked one for example, does not keep the reminder from being heard.
+constexpr double longestSilence = 0.25; // seconds
+
+QSize pixelsOf(const QScreen &screen)
+{
+    return (QSizeF(screen.size()) * screen.devicePixelRatio()).toSize();
+}
+
+/// As wide as the widest screen and as high as the highest, in pixels.
+QSize largestView()
+{
+    QSize largest;
+    for (const QScreen *screen : QGuiApplication::screens())
+        largest = largest.expandedTo(pixelsOf(*screen));
+    return largest;
+}
 
 } // namespace
 
@@ -29,18 +57,23 @@ struct OverlayController::Showing
 {
     OverlayScene scene;
     bool onPrimaryOnly;
+    bool isUp = false;
+    int reopenings = 0;
     // Contexts of the clock's actions: none of them outlives the showing.
     QObject timeOut{};
+    QObject reopening{};
     std::unique_ptr<QObject> nextTick{};
+    std::unique_ptr<QObject> silence{}; ///< until the sound starts
 };
 
 OverlayController::OverlayController(Preferences &preferences, Clock &clock, UrlOpener &opener, ScreenCover &cover,
-                                     QObject *parent)
+                                     OverlaySounds &sounds, QObject *parent)
     : QObject(parent),
       m_preferences(preferences),
       m_clock(clock),
       m_opener(opener),
       m_cover(cover),
+      m_sounds(sounds),
       m_keys(cover, [this](const QObject *object) { return isOurs(object); })
 {
     connect(&m_keys, &OverlayKeys::confirmed, this, &OverlayController::confirm);
@@ -59,29 +92,78 @@ OverlayController::~OverlayController()
 void OverlayController::show(const OverlayContent &content, const std::optional<OverlayTheme> &theme)
 {
     hide(false);
-    m_showing.reset(new Showing{
-        {content, theme ? *theme : OverlayTheme::forNextOverlay(m_preferences), OverlayOptions::from(m_preferences)},
-        m_preferences.get(preference::displays) == u"primary"});
+    const OverlayTheme chosen = theme ? *theme : OverlayTheme::forNextOverlay(m_preferences);
+    m_showing.reset(new Showing{{content, chosen, OverlayOptions::from(m_preferences),
+                                 BackgroundOptions::forOverlay(chosen, m_preferences, m_moves)},
+                                m_preferences.get(preference::displays) == u"primary"});
     if (const auto *reminder = std::get_if<MeetingContent>(&content))
         m_meeting = reminder->meeting;
     m_keys.start();
     coverScreens();
-    if (!m_meeting)
+    loadPicture();
+    m_prepared.reset();
+    if (m_meeting) {
+        m_showing->silence = std::make_unique<QObject>();
+        m_clock.after(longestSilence, m_showing->silence.get(), [this] { startSound(); });
+        soundOnceSeen();
+    } else {
         m_clock.after(welcomeSeconds, &m_showing->timeOut, [this] { hide(true); });
+    }
     Q_EMIT shown();
+}
+
+void OverlayController::prepare(const OverlayContent &content)
+{
+    if (m_showing || m_prepared)
+        return;
+    m_prepared = std::make_unique<QObject>();
+    m_clock.after(preparedSeconds, m_prepared.get(), [this] {
+        m_prepared.reset();
+        ThemeImages::forgetDecoded();
+        memory::giveBack();
+    });
+    // A random theme is chosen when it is shown.
+    const OverlayTheme theme = OverlayTheme::named(m_preferences.get(preference::theme));
+    if (!ThemeImages::isReady(theme, m_preferences))
+        ThemeImages::load(theme, m_preferences, largestView(), m_prepared.get(), [](const QImage &) {});
+    if (const QScreen *screen = QGuiApplication::primaryScreen()) {
+        const OverlayScene scene{content, theme, OverlayOptions::from(m_preferences)};
+        const Instant now = m_clock.now();
+        const Arrangement card = scene.card(screen->size(), now, {});
+        static_cast<void>(OverlayScene::cardPicture(card, screen->devicePixelRatio(), now));
+    }
 }
 
 void OverlayController::hide(bool animated)
 {
+    m_sounds.stop();
     if (!m_showing)
         return;
     m_keys.stop();
     m_cover.giveBackKeyboard();
     m_showing.reset();
     m_meeting.reset();
-    for (OverlayWindow *window : std::exchange(m_windows, {}))
+    ThemeImages::forgetDecoded(); // back to the memory of an idle Kelp, once the windows are gone
+    for (OverlayWindow *window : std::exchange(m_windows, {})) {
+        connect(window, &QObject::destroyed, this, &memory::giveBack);
         window->leave(animated);
+    }
     Q_EMIT hidden();
+}
+
+/// Making and starting a sound takes time that the first picture must not wait for.
+void OverlayController::soundOnceSeen()
+{
+    const bool allSeen = std::all_of(m_windows.begin(), m_windows.end(),
+                                     [](const OverlayWindow *window) { return window->view()->isSeen(); });
+    if (allSeen && m_showing->silence)
+        m_clock.after(0, m_showing->silence.get(), [this] { startSound(); });
+}
+
+void OverlayController::startSound()
+{
+    m_showing->silence.reset();
+    m_sounds.playForOverlay();
 }
 
 void OverlayController::confirm()
@@ -153,19 +235,55 @@ void OverlayController::coverScreens()
         if (!isCovered)
             cover(*screen);
     }
+    m_showing->isUp = true;
     giveKeyboard();
     tick();
 }
 
 void OverlayController::cover(QScreen &screen)
 {
-    auto view = std::make_unique<OverlayView>(m_showing->scene, m_clock.now());
+    OverlayScene scene = m_showing->scene;
+    if (std::holds_alternative<BlurBackground>(scene.theme.background))
+        scene.background.backdrop = m_cover.smallPicture(screen);
+    auto view = std::make_unique<OverlayView>(std::move(scene), m_clock.now());
     view->setMotion(m_moves);
     connectView(*view);
+    animate(*view, screen);
     auto *window = new OverlayWindow(m_cover, screen, std::move(view), this);
     connect(window, &OverlayWindow::screenLost, this, [this, window] { windowLost(window); });
+    connect(window, &OverlayWindow::closed, this, [this, window] { windowClosed(window); });
     m_windows.push_back(window);
-    window->show();
+    // A screen that is plugged in later has nothing to be led over from.
+    window->show(!m_showing->isUp);
+}
+
+/// Gives the view new frames for as long as it lives, where its background moves.
+void OverlayController::animate(OverlayView &view, const QScreen &screen)
+{
+    view.setFrameTime(KelpClock::shown(m_clock.now()));
+    if (view.movingPart().isEmpty())
+        return;
+    const double seconds =
+        std::max(view.leastInterval(), FramePacer::interval(pixelsOf(screen), wantedScreens().size()));
+    new FramePacer(
+        m_clock, seconds, [&view](Instant shown) { view.setFrameTime(shown); }, &view);
+}
+
+/// The windows do not wait for a picture that has to be decoded first.
+void OverlayController::loadPicture()
+{
+    if (!m_showing->scene.background.pictureComes)
+        return;
+    ThemeImages::load(m_showing->scene.theme, m_preferences, largestView(), &m_showing->timeOut,
+                      [this](const QImage &picture) {
+                          BackgroundOptions &background = m_showing->scene.background;
+                          background.pictureComes = false;
+                          background.customPicture = picture;
+                          for (const OverlayWindow *window : m_windows) {
+                              if (OverlayView *view = window->view())
+                                  view->setPicture(picture);
+                          }
+                      });
 }
 
 void OverlayController::connectView(OverlayView &view)
@@ -173,6 +291,7 @@ void OverlayController::connectView(OverlayView &view)
     connect(&view, &OverlayView::joinPressed, this, &OverlayController::join);
     connect(&view, &OverlayView::snoozePressed, this, &OverlayController::snooze);
     connect(&view, &OverlayView::dismissPressed, this, [this] { hide(true); });
+    connect(&view, &OverlayView::seen, this, &OverlayController::soundOnceSeen);
     connect(&view, &OverlayView::joinPreviousPressed, this, &OverlayController::joinPrevious);
 }
 
@@ -181,6 +300,18 @@ void OverlayController::windowLost(const OverlayWindow *window)
     const auto removed = std::erase(m_windows, window);
     if (removed > 0)
         giveKeyboard();
+}
+
+void OverlayController::windowClosed(const OverlayWindow *window)
+{
+    const bool isOfThisShowing = std::find(m_windows.begin(), m_windows.end(), window) != m_windows.end();
+    windowLost(window);
+    if (!isOfThisShowing)
+        return;
+    if (m_showing->reopenings++ < mostReopenings)
+        m_clock.after(reopenSeconds, &m_showing->reopening, [this] { coverScreens(); });
+    else if (m_windows.empty())
+        hide(false);
 }
 
 void OverlayController::giveKeyboard()

@@ -15,6 +15,7 @@ class QScreen;
 namespace kelp {
 
 class Clock;
+class OverlaySounds;
 class OverlayView;
 class OverlayWindow;
 class Preferences;
@@ -32,13 +33,16 @@ class OverlayController final : public QObject
 
 public:
     OverlayController(Preferences &preferences, Clock &clock, UrlOpener &opener, ScreenCover &cover,
-                      QObject *parent = nullptr);
+                      OverlaySounds &sounds, QObject *parent = nullptr);
     ~OverlayController() override;
 
     /// Shows `content` on the screens that the preferences name, in `theme` or in the one that the preferences ask for.
     /// What is on the screens already vanishes at once.
     void show(const OverlayContent &content, const std::optional<OverlayTheme> &theme = {});
     void hide(bool animated);
+    /// Makes ready what a showing of `content` within the next seconds needs (fonts, the picture of the theme), so that
+    /// it appears at once. Forgotten again when no showing comes.
+    void prepare(const OverlayContent &content);
 
     /// Whether there are windows on the screens, those that are fading out left aside.
     [[nodiscard]] bool isShown() const { return !m_windows.empty(); }
@@ -62,11 +66,16 @@ private:
     void joinPrevious();
     void snooze();
     void confirm();
+    void loadPicture();
     void tick();
+    void soundOnceSeen();
+    void startSound();
     void coverScreens();
     void cover(QScreen &screen);
+    void animate(OverlayView &view, const QScreen &screen);
     void connectView(OverlayView &view);
     void windowLost(const OverlayWindow *window);
+    void windowClosed(const OverlayWindow *window);
     void giveKeyboard();
     [[nodiscard]] bool isOurs(const QObject *object) const;
     [[nodiscard]] std::vector<QScreen *> wantedScreens() const;
@@ -75,10 +84,12 @@ private:
     Clock &m_clock;
     UrlOpener &m_opener;
     ScreenCover &m_cover;
+    OverlaySounds &m_sounds;
     OverlayKeys m_keys;
     bool m_moves = true;
 
     std::unique_ptr<Showing> m_showing;
+    std::unique_ptr<QObject> m_prepared; ///< context of what is made ready for a showing that has not come yet
     std::optional<Meeting> m_meeting;
     std::vector<OverlayWindow *> m_windows; ///< children; those of this showing, in the order of the screens
 };

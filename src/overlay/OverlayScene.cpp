@@ -2,9 +2,7 @@
 
 #include "overlay/MeetingCard.h"
 #include "overlay/WelcomeCard.h"
-#include "themes/ThemeBackgroundView.h"
 
-#include <QImage>
 #include <QPainter>
 
 #include <algorithm>
@@ -53,22 +51,27 @@ QPointF OverlayScene::cardPosition(const QSizeF &size, const Arrangement &card)
             std::floor((size.height() - card.size().height()) / 2)};
 }
 
+QImage OverlayScene::cardPicture(const Arrangement &card, double density, Instant now)
+{
+    const QRectF frame = card.frame().adjusted(-bleed, -bleed, bleed, bleed);
+    QImage picture((frame.size() * density).toSize(), QImage::Format_ARGB32_Premultiplied);
+    picture.setDevicePixelRatio(density);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.translate(-frame.topLeft());
+    card.paint(painter, now);
+    return picture;
+}
+
 void OverlayScene::paint(QPainter &painter, const QSizeF &size, Instant now, const ButtonStates &buttons) const
 {
-    ThemeBackgroundView(theme).paint(painter, size);
+    ThemeBackgroundView(theme, background).paint(painter, size, now);
     const Arrangement laidOut = card(size, now, buttons);
     // By way of a picture of its own, as in the live window: Qt blends the edges of letters differently on what is
     // transparent, and a still should not differ from the window by a shade.
     const double density = painter.device()->devicePixelRatioF();
-    const QRectF frame = laidOut.frame().adjusted(-bleed, -bleed, bleed, bleed);
-    QImage picture((frame.size() * density).toSize(), QImage::Format_ARGB32_Premultiplied);
-    picture.setDevicePixelRatio(density);
-    picture.fill(Qt::transparent);
-    QPainter cardPainter(&picture);
-    cardPainter.translate(-frame.topLeft());
-    laidOut.paint(cardPainter, now);
-    cardPainter.end();
-    painter.drawImage(cardPosition(size, laidOut) + frame.topLeft(), picture);
+    const QPointF corner = laidOut.frame().topLeft() - QPointF(bleed, bleed);
+    painter.drawImage(cardPosition(size, laidOut) + corner, cardPicture(laidOut, density, now));
 }
 
 } // namespace kelp

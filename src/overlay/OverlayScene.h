@@ -2,9 +2,10 @@
 
 #include "overlay/OverlayContent.h"
 #include "overlay/ThemedButton.h"
-#include "themes/Theme.h"
+#include "themes/ThemeBackgroundView.h"
 #include "ui/Arrangement.h"
 
+#include <QImage>
 #include <QString>
 
 #include <optional>
@@ -19,6 +20,7 @@ struct OverlayScene
     OverlayContent content;
     OverlayTheme theme;
     OverlayOptions options;
+    BackgroundOptions background{};
 
     /// The card, laid out for a view of `size` logical points.
     [[nodiscard]] Arrangement card(const QSizeF &size, Instant now, const ButtonStates &buttons) const;
@@ -32,8 +34,12 @@ struct OverlayScene
     /// Room around the card for what reaches beyond its frame: a glow, a hovered button, a focus ring.
     static constexpr double bleed = 40;
 
+    /// A picture of the laid out card, `density` pixels per point, with its bleed.
+    [[nodiscard]] static QImage cardPicture(const Arrangement &card, double density, Instant now);
     /// Paints all of it.
     void paint(QPainter &painter, const QSizeF &size, Instant now, const ButtonStates &buttons = {}) const;
+
+    friend bool operator==(const OverlayScene &, const OverlayScene &) = default;
 
 private:
     [[nodiscard]] std::optional<MeetingCard> meetingCard() const;

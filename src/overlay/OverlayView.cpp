@@ -2,9 +2,9 @@
 
 #include "overlay/CardButton.h"
 #include "overlay/CardTags.h"
-#include "ui/Blur.h"
-#include "ui/Spring.h"
+#include "overlay/Entrance.h"
 
+#include <QCloseEvent>
 #include <QEvent>
 #include <QLabel>
 #include <QPaintEvent>
@@ -19,13 +19,6 @@ namespace kelp {
 namespace {
 
 constexpr double bleed = OverlayScene::bleed;
-
-constexpr Spring entranceSpring{0.7, 0.75};
-constexpr double entranceDelay = 0.05; // seconds
-constexpr double entranceScale = 0.94;
-constexpr double entranceBlur = 8; // points
-/// A blur of so few pixels cannot be told from none.
-constexpr double leastBlur = 0.6;
 
 /// A text for screen readers; the card's picture shows it to everyone else.
 class SpokenLabel final : public QLabel
@@ -45,7 +38,7 @@ protected:
 } // namespace
 
 OverlayView::OverlayView(OverlayScene scene, Instant now)
-    : m_scene(std::move(scene)), m_now(now), m_background(m_scene.theme)
+    : m_scene(std::move(scene)), m_now(now), m_frameTime(now), m_background(m_scene.theme, m_scene.background)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
@@ -53,9 +46,8 @@ OverlayView::OverlayView(OverlayScene scene, Instant now)
     setAccessibleName(QStringLiteral("Meeting reminder"));
     createChildren();
     setFocus(); // not the first button: nothing is chosen until the user presses Tab
-    connect(&m_entranceMotion, &QVariantAnimation::valueChanged, this, [this](const QVariant &seconds) {
-        setEntrance(entranceSpring.position(seconds.toDouble() - entranceDelay));
-    });
+    connect(&m_entranceMotion, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant &seconds) { setEntrance(Entrance::at(seconds.toDouble()).part); });
     connect(&m_entranceMotion, &QVariantAnimation::finished, this, [this] { setEntrance(1); });
 }
 
@@ -89,6 +81,18 @@ double OverlayView::untilChange() const
     return std::min(m_scene.untilNextCountdown(m_now), m_arrangement.untilChange(m_now, devicePixelRatioF()));
 }
 
+void OverlayView::setFrameTime(Instant shown)
+{
+    update(m_background.changed(size(), m_frameTime, shown));
+    m_frameTime = shown;
+}
+
+void OverlayView::setPicture(const QImage &picture)
+{
+    m_background.setPicture(picture);
+    update();
+}
+
 void OverlayView::setMotion(bool moves)
 {
     m_moves = moves;
@@ -101,7 +105,7 @@ void OverlayView::playEntrance()
     if (!m_moves)
         return;
     m_entrance = 0;
-    const double seconds = entranceDelay + entranceSpring.settlingTime();
+    const double seconds = Entrance::duration();
     m_entranceMotion.setStartValue(0.0);
     m_entranceMotion.setEndValue(seconds);
     m_entranceMotion.setDuration(static_cast<int>(std::lround(seconds * 1000)));
@@ -122,43 +126,44 @@ void OverlayView::setBlend(const QPixmap &behind, double shown)
     update();
 }
 
-void OverlayView::paintEvent(QPaintEvent *)
+void OverlayView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
     if (m_shown < 1) {
-        painter.fillRect(rect(), Qt::black);
-        painter.drawPixmap(rect(), m_behind);
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        if (m_behind.isNull())
+            painter.fillRect(rect(), Qt::transparent);
+        else
+            painter.drawPixmap(rect(), m_behind);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
         painter.setOpacity(m_shown);
+        if (m_shown == 0)
+            return;
     }
-    m_background.paint(painter, size());
+    m_background.paint(painter, size(), m_frameTime, event->region());
     paintCardIn(painter);
+    if (!std::exchange(m_isSeen, true))
+        Q_EMIT seen();
 }
 
 /// Faded, blurred and scaled as far as the entrance has come.
 void OverlayView::paintCardIn(QPainter &painter) const
 {
-    const double entrance = std::clamp(m_entrance, 0.0, 1.0);
-    if (entrance == 0)
-        return;
-    painter.setOpacity(m_shown * entrance);
-    painter.setTransform(entranceTransform(), true);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const double radius = entranceBlur * (1 - entrance) * devicePixelRatioF();
-    if (radius < leastBlur) {
-        painter.drawPixmap(cardPicture().topLeft(), m_card);
-        return;
-    }
-    // A blurred picture has no detail to lose: one of half the size or less will do.
-    const int coarse = std::max(1, static_cast<int>(radius / 2));
-    const QImage sharp = m_card.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    const QImage small =
-        coarse == 1 ? sharp : sharp.scaled(sharp.size() / coarse, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    painter.drawImage(cardPicture(), blurred(small, radius / coarse));
+    Entrance{m_entrance}.paint(painter, cardPicture(), m_card.toImage(), m_shown);
 }
 
 void OverlayView::resizeEvent(QResizeEvent *)
 {
     layOut();
+}
+
+/// Desktops have keys that close a window: that is an answer.
+void OverlayView::closeEvent(QCloseEvent *event)
+{
+    // Under Wayland it looks like our own wish, as when Kelp quits; ignoring that would keep Kelp from quitting.
+    if (event->spontaneous())
+        event->ignore(); // there is a fade
+    Q_EMIT dismissPressed();
 }
 
 bool OverlayView::event(QEvent *event)
@@ -265,10 +270,7 @@ void OverlayView::paintCard(const QRectF &dirty)
 
 QTransform OverlayView::entranceTransform() const
 {
-    const double scale = entranceScale + (1 - entranceScale) * m_entrance;
-    const QPointF centre = cardPicture().center();
-    return QTransform::fromTranslate(-centre.x(), -centre.y()) * QTransform::fromScale(scale, scale) *
-           QTransform::fromTranslate(centre.x(), centre.y());
+    return Entrance{m_entrance}.transform(cardPicture());
 }
 
 } // namespace kelp

@@ -31,16 +31,30 @@ public:
     void setNow(Instant now);
     /// Seconds until the card looks different, more than 0; infinite where it stands still.
     [[nodiscard]] double untilChange() const;
+    /// The time that the background shows; what moves of it is painted again.
+    void setFrameTime(Instant shown);
+    /// What of the background moves, in points; nothing where it stands still.
+    [[nodiscard]] QRectF movingPart() const { return m_background.movingPart(size()); }
+    /// Seconds: new frames more often than that show nothing new.
+    [[nodiscard]] double leastInterval() const { return m_background.leastInterval(); }
+    /// The theme's picture, decoded while the view was shown already.
+    void setPicture(const QImage &picture);
     /// Without motion the card is there at once and buttons do not move. Set before showing.
     void setMotion(bool moves);
     /// Lets the card come up, once, from now on.
     void playEntrance();
     /// How far the card has come up: 0 not at all, 1 it is there; a spring passes 1 before it settles.
     void setEntrance(double part);
-    /// Blends the whole view with `behind`; `shown` (0…1) is the view's part.
+    /// Blends the whole view with `behind`, or with what lies under a translucent window where that is null; `shown`
+    /// (0…1) is the view's part.
     void setBlend(const QPixmap &behind, double shown);
 
+    /// Whether it has been painted since it was made.
+    [[nodiscard]] bool isSeen() const { return m_isSeen; }
+
 Q_SIGNALS:
+    /// It has been painted for the first time, and reaches the screen when this returns to the event loop.
+    void seen();
     void joinPressed();
     void snoozePressed();
     void dismissPressed();
@@ -49,6 +63,7 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
     bool event(QEvent *event) override;
 
 private:
@@ -65,6 +80,7 @@ private:
 
     OverlayScene m_scene;
     Instant m_now;
+    Instant m_frameTime;
     bool m_moves = true;
 
     ThemeBackgroundView m_background;
@@ -79,6 +95,7 @@ private:
     QVariantAnimation m_entranceMotion;
     QPixmap m_behind;
     double m_shown = 1;
+    bool m_isSeen = false;
 };
 
 } // namespace kelp

@@ -31,14 +31,34 @@ OverlayWindow::OverlayWindow(ScreenCover &cover, QScreen &screen, std::unique_pt
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this](const QScreen *removed) {
         if (removed != m_screen || !m_view)
             return;
-        m_fade.stop();
-        m_view.reset();
-        deleteLater();
+        lose();
         Q_EMIT screenLost();
+    });
+    connect(&m_cover, &ScreenCover::closed, this, [this](const QWidget *window) {
+        if (window != m_view.get())
+            return;
+        lose();
+        Q_EMIT closed();
+    });
+    connect(&m_fade, &QVariantAnimation::finished, this, [this] {
+        if (m_isLeaving)
+            takeDown();
     });
 }
 
-OverlayWindow::~OverlayWindow() = default;
+OverlayWindow::~OverlayWindow()
+{
+    if (m_view)
+        m_cover.hide(*m_view);
+}
+
+void OverlayWindow::lose()
+{
+    m_fade.stop();
+    m_cover.hide(*m_view);
+    m_view.reset();
+    deleteLater();
+}
 
 bool OverlayWindow::holds(const QObject *object) const
 {
@@ -50,9 +70,15 @@ bool OverlayWindow::holds(const QObject *object) const
     return widget && widget->window() == m_view.get();
 }
 
-void OverlayWindow::show()
+void OverlayWindow::show(bool gradually)
 {
     m_means = m_cover.fade();
+    if (!gradually) {
+        if (m_means == ScreenCover::Fade::Picture) // without one it also leaves at once
+            m_means = ScreenCover::Fade::None;
+        m_cover.show(*m_view);
+        return;
+    }
     if (m_means == ScreenCover::Fade::Picture) {
         m_behind = m_cover.picture(*m_screen);
         if (m_behind.isNull())
@@ -72,16 +98,17 @@ void OverlayWindow::leave(bool animated)
         return;
     m_view->disconnect();
     m_view->setEnabled(false);
-    if (!animated || m_means == ScreenCover::Fade::None) {
-        m_view->hide();
-        deleteLater();
-        return;
-    }
-    connect(&m_fade, &QVariantAnimation::finished, this, [this] {
-        m_view->hide();
-        deleteLater();
-    });
-    fade(m_shown, 0, fadeOutSeconds);
+    m_isLeaving = true;
+    if (animated && m_means != ScreenCover::Fade::None)
+        fade(m_shown, 0, fadeOutSeconds);
+    else
+        takeDown();
+}
+
+void OverlayWindow::takeDown()
+{
+    m_cover.hide(*m_view);
+    deleteLater();
 }
 
 void OverlayWindow::fade(double from, double to, double seconds)

@@ -28,15 +28,20 @@ public:
     /// Whether `object` is the window, natively or as a widget, or a widget in it.
     [[nodiscard]] bool holds(const QObject *object) const;
 
-    void show();
+    /// `gradually`: fading in and with the card coming up.
+    void show(bool gradually);
     /// Takes the window down, at once or gradually, and then deletes this. The view answers nobody from now on.
     void leave(bool animated);
 
 Q_SIGNALS:
     /// The screen was unplugged; the window is already gone.
     void screenLost();
+    /// The desktop has taken the window down while its screen is still there; the window is already gone.
+    void closed();
 
 private:
+    void lose();
+    void takeDown();
     void fade(double from, double to, double seconds);
     void setShown(double part);
 
@@ -46,6 +51,7 @@ private:
     ScreenCover::Fade m_means = ScreenCover::Fade::None;
     QPixmap m_behind;
     double m_shown = 1;
+    bool m_isLeaving = false;
     QVariantAnimation m_fade;
 };
 

@@ -5,8 +5,6 @@
 #include "base/Logging.h"
 #include "preferences/Preferences.h"
 
-#include <QSet>
-
 #include <algorithm>
 #include <array>
 
@@ -249,6 +247,11 @@ void Scheduler::setCalendar(const CalendarInfo &calendar, bool enabled)
     m_services.preferences.set(preference::calendarChoices, choices);
     Q_EMIT stateChanged();
     refresh();
+}
+
+QSet<QString> Scheduler::enabledKeys() const
+{
+    return filter().enabledKeys;
 }
 
 int Scheduler::enabledCalendarCount() const

@@ -4,6 +4,7 @@
 #include "schedule/ReminderMemory.h"
 
 #include <QObject>
+#include <QSet>
 
 #include <functional>
 #include <optional>
@@ -79,6 +80,8 @@ public:
     [[nodiscard]] QList<Meeting> meetings() const;
     [[nodiscard]] bool isEnabled(const CalendarInfo &calendar) const;
     void setCalendar(const CalendarInfo &calendar, bool enabled);
+    /// The keys of all calendars that are enabled.
+    [[nodiscard]] QSet<QString> enabledKeys() const;
     [[nodiscard]] int enabledCalendarCount() const;
     /// The first that has not ended.
     [[nodiscard]] std::optional<Meeting> nextMeeting() const;
