@@ -1,0 +1,20 @@
+#pragma once
+
+#include "shell/MenuBarIcon.h"
+
+#include <QList>
+#include <QPainterPath>
+
+namespace kelp::MenuBarIcon {
+
+/// A part of the icon: filled, `opacity` 0…1.
+struct IconShape
+{
+    QPainterPath path;
+    double opacity = 1;
+};
+
+/// The icon's parts in a square of `pixels` × `pixels` with the origin at the top left. They do not overlap.
+[[nodiscard]] QList<IconShape> iconShapes(const Content &content, double pixels);
+
+} // namespace kelp::MenuBarIcon
