@@ -5,6 +5,10 @@
 #include "base/Logging.h"
 #include "overlay/OverlayContent.h"
 #include "overlay/OverlayController.h"
+#include "platform/DesktopAppearance.h"
+#include "platform/LoginItem.h"
+#include "platform/MusicPlayers.h"
+#include "platform/OwnWindowKeys.h"
 #include "platform/Platform.h"
 #include "platform/ScreenCover.h"
 #include "platform/SystemEvents.h"
@@ -12,10 +16,20 @@
 #include "platform/WindowActivator.h"
 #include "schedule/DuePolicy.h"
 #include "schedule/SnoozePolicy.h"
+#include "settings/AppearanceView.h"
 #include "settings/SettingsView.h"
+#include "shell/DoubleSlashHotkey.h"
+#include "shell/RecentLoss.h"
+#include "shell/TrayPictures.h"
+#include "sound/ChildSoundPlayer.h"
+#include "ui/DesktopPalette.h"
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QUrl>
+
+#include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -25,6 +39,11 @@ namespace {
 
 const GoogleAuth::Client builtInClient{QStringLiteral(KELP_GOOGLE_CLIENT_ID),
                                        QStringLiteral(KELP_GOOGLE_CLIENT_SECRET)};
+
+/// Long enough before a reminder to make everything ready; the check comes every few seconds.
+constexpr double preparation = 12; // seconds
+/// After the start, when nothing of it is slowed down any more.
+constexpr double warmUpSeconds = 5;
 
 /// Removes what saves that were cut short left behind, before anything is read.
 QString sweptConfiguration()
@@ -39,9 +58,12 @@ QString sweptConfiguration()
 AppDelegate::AppDelegate(Clock &clock, Platform &platform)
     : m_clock(clock),
       m_opener(platform.makeUrlOpener()),
+      m_appearance(platform.makeDesktopAppearance()),
       m_screenCover(platform.makeScreenCover()),
       m_activator(platform.makeWindowActivator()),
       m_systemEvents(platform.makeSystemEvents()),
+      m_players(platform.makeMusicPlayers(clock)),
+      m_loginItem(platform.makeLoginItem()),
       m_preferencesFile(sweptConfiguration() + u"/preferences.json"_s),
       m_preferences(m_preferencesFile),
       m_http(clock),
@@ -49,7 +71,16 @@ AppDelegate::AppDelegate(Clock &clock, Platform &platform)
       m_auth({m_preferences, m_http, clock, *m_opener}, m_endpoints, builtInClient, folders::data()),
       m_calendarClient(m_auth, m_http, clock, m_endpoints.api),
       m_scheduler({m_preferences, clock, m_calendarClient, m_auth}),
-      m_overlay(std::make_unique<OverlayController>(m_preferences, clock, *m_opener, *m_screenCover))
+      m_music(*m_players),
+      m_overlayMusic(m_preferences, m_music),
+      m_soundPlayer(std::make_unique<ChildSoundPlayer>(clock)),
+      m_sounds(m_preferences, clock, *m_soundPlayer, m_overlayMusic, folders::data()),
+      m_overlay(std::make_unique<OverlayController>(m_preferences, clock, *m_opener, *m_screenCover, m_sounds)),
+      m_panelLoss(std::make_unique<RecentLoss>(clock)),
+      m_statusItem(platform.makeStatusItem(clock, std::make_shared<TrayPictures>())),
+      m_ownKeys(std::make_unique<OwnWindowKeys>()),
+      m_allKeys(platform.makeKeySource(clock)),
+      m_hotkey(std::make_unique<DoubleSlashHotkey>(m_preferences))
 {
 }
 
@@ -59,16 +90,27 @@ void AppDelegate::finishLaunching()
 {
     migratePreferences();
 
-    m_mainWindow = std::make_unique<SettingsView>(m_auth, m_scheduler, m_preferences);
-    m_mainWindow->setWindowTitle(u"Kelp"_s);
-    connect(m_mainWindow.get(), &SettingsView::signInRequested, this, &AppDelegate::signIn);
+    connect(m_statusItem.get(), &StatusItem::activated, this, &AppDelegate::toggleFromTray);
+    updateStatusTitle();
+
+    followAppearance();
+    connect(m_appearance.get(), &DesktopAppearance::changed, this, &AppDelegate::followAppearance);
+    makeMainWindow();
+
+    m_activator->keepOutOfLists(*m_mainWindow); // it belongs to the tray
+    m_activator->whenLeft(*m_mainWindow, [this] { m_panelLoss->note(); });
 
     m_scheduler.onDue = [this](const Meeting &meeting) { return onDue(meeting); };
+    connect(&m_scheduler, &Scheduler::changed, this, &AppDelegate::updateStatusTitle);
+    connect(&m_scheduler, &Scheduler::stateChanged, this, &AppDelegate::updateStatusTitle); // a pause, at once
     connect(m_overlay.get(), &OverlayController::snoozed, this,
             [this](const Meeting &meeting) { m_scheduler.snooze(meeting, snoozeSeconds(m_preferences)); });
     connect(m_systemEvents.get(), &SystemEvents::wokeUp, &m_scheduler, &Scheduler::refreshAfterWake);
     connect(m_systemEvents.get(), &SystemEvents::networkReturned, &m_scheduler, &Scheduler::refreshAfterWake);
+    connect(&m_scheduler, &Scheduler::changed, this, &AppDelegate::prepareOverlay);
     m_scheduler.start();
+    startHotkey();
+    m_clock.after(warmUpSeconds, this, [this] { m_soundPlayer->warmUp(); });
 
     if (m_auth.accounts().isEmpty())
         m_clock.after(0, this, [this] { showMainWindow(); });
@@ -79,6 +121,96 @@ void AppDelegate::migratePreferences()
     // Older versions had a switch where there is a choice of sounds now.
     if (!m_preferences.contains(preference::sound) && m_preferences.holds(preference::playSound, false))
         m_preferences.set(preference::sound, u"None"_s);
+}
+
+void AppDelegate::startHotkey()
+{
+    connect(m_hotkey.get(), &DoubleSlashHotkey::triggered, this, [this] { toggleMainWindow(); });
+    // Reading the keyboard's layout takes a while, which the tray need not wait for.
+    m_clock.after(0, this, [this] { m_hotkey->start(*m_ownKeys, *m_allKeys); });
+}
+
+void AppDelegate::updateStatusTitle()
+{
+    const std::optional<Meeting> next = m_scheduler.nextMeeting();
+    m_statusItem->show(
+        statusLook(next ? std::optional(next->start - m_clock.now()) : std::nullopt, m_scheduler.isPaused()));
+}
+
+void AppDelegate::toggleFromTray(const QString &token)
+{
+    if (m_mainWindow->isVisible() && m_panelLoss->isRecent())
+        hideMainWindow();
+    else
+        toggleMainWindow(token);
+}
+
+void AppDelegate::followAppearance()
+{
+    applyDesktopPalette(m_appearance->isDark(), m_appearance->accent());
+    m_overlay->setMotion(!m_appearance->reducesMotion());
+    if (m_appearanceWindow)
+        m_appearanceWindow->setMotion(!m_appearance->reducesMotion());
+}
+
+void AppDelegate::makeMainWindow()
+{
+    m_mainWindow = std::make_unique<SettingsView>(
+        SettingsView::Services{m_auth, m_scheduler, m_preferences, m_clock, *m_opener, *m_loginItem});
+    m_mainWindow->setWindowTitle(u"Kelp"_s);
+    m_mainWindow->onAppearance = [this] { showAppearance(); };
+    m_mainWindow->isHotkeyTrusted = [this] { return m_hotkey->isTrusted(); };
+    connect(m_mainWindow.get(), &SettingsView::signInRequested, this, &AppDelegate::signIn);
+}
+
+void AppDelegate::showAppearance()
+{
+    hideMainWindow();
+    if (!m_appearanceWindow) {
+        m_appearanceWindow =
+            std::make_unique<AppearanceView>(AppearanceView::Services{m_preferences, m_clock, previewSounds()});
+        m_appearanceWindow->onPreview = [this] { testOverlay(); };
+        m_appearanceWindow->setMotion(!m_appearance->reducesMotion());
+    }
+    if (!m_appearanceWindow->isVisible()) {
+        if (const QScreen *screen = QGuiApplication::primaryScreen())
+            m_appearanceWindow->fit(screen->availableGeometry());
+    }
+    m_activator->activate(*m_appearanceWindow, {});
+}
+
+PreviewSounds AppDelegate::previewSounds()
+{
+    return {.play = [this](const QString &choice) { m_sounds.play(choice); },
+            .stop = [this] { m_sounds.stop(); },
+            .adopt =
+                [this](const QString &path, QObject *context, std::function<void(Result<void, QString>)> done) {
+                    m_sounds.setCustom(QUrl::fromLocalFile(path), context,
+                                       [done = std::move(done)](const Result<void, SoundError> &result) {
+                                           if (result)
+                                               done({});
+                                           else
+                                               done(Failure(result.error().description()));
+                                       });
+                },
+            .isSpotifyInstalled = [this] { return m_music.spotifyInstalled(); }};
+}
+
+void AppDelegate::testOverlay()
+{
+    hideMainWindow();
+    const Instant now = m_clock.now();
+    const auto lead = static_cast<double>(std::max<std::int64_t>(1, m_preferences.get(preference::leadMinutes)));
+    const Instant start = now + lead * 60;
+    m_overlay->show(MeetingContent{{.id = u"test"_s,
+                                    .title = u"Test meeting"_s,
+                                    .start = start,
+                                    .end = start + 1800,
+                                    .joinURL = MeetingLink::fromText(u"https://meet.google.com"_s),
+                                    .attendeeCount = 4,
+                                    .calendarName = u"Kelp"_s,
+                                    .calendarID = {}},
+                                   {}});
 }
 
 void AppDelegate::toggleMainWindow(const QString &token)
@@ -92,7 +224,7 @@ void AppDelegate::toggleMainWindow(const QString &token)
 void AppDelegate::showMainWindow(const QString &token)
 {
     if (!m_mainWindow->isVisible()) {
-        m_mainWindow->adjustSize();
+        m_mainWindow->prepare();
         const QScreen *screen = QGuiApplication::primaryScreen();
         const QRect available = screen ? screen->availableGeometry() : QRect();
         m_mainWindow->move(available.center() - m_mainWindow->rect().center());
@@ -103,6 +235,13 @@ void AppDelegate::showMainWindow(const QString &token)
 void AppDelegate::hideMainWindow()
 {
     m_mainWindow->hide();
+}
+
+void AppDelegate::prepareOverlay()
+{
+    const auto next = m_scheduler.nextPopup();
+    if (next && !m_scheduler.isPaused() && next->at - m_clock.now() <= preparation)
+        m_overlay->prepare(MeetingContent{next->meeting, {}});
 }
 
 bool AppDelegate::onDue(const Meeting &meeting)

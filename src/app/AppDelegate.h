@@ -6,6 +6,10 @@
 #include "calendar/CalendarClient.h"
 #include "preferences/Preferences.h"
 #include "schedule/Scheduler.h"
+#include "settings/PreviewSounds.h"
+#include "sound/MusicControl.h"
+#include "sound/OverlayMusic.h"
+#include "sound/OverlaySounds.h"
 
 #include <QObject>
 
@@ -13,11 +17,20 @@
 
 namespace kelp {
 
+class AppearanceView;
 class Clock;
+class DesktopAppearance;
+class DoubleSlashHotkey;
+class KeySource;
+class LoginItem;
+class MusicPlayers;
 class OverlayController;
 class Platform;
+class RecentLoss;
 class ScreenCover;
 class SettingsView;
+class SoundPlayer;
+class StatusItem;
 class SystemEvents;
 class UrlOpener;
 class WindowActivator;
@@ -43,17 +56,30 @@ public:
 
 private:
     void migratePreferences();
+    void startHotkey();
+    /// The same as toggleMainWindow for a click that may itself have taken the keyboard from the panel.
+    void toggleFromTray(const QString &token);
+    void updateStatusTitle();
+    void followAppearance();
+    void makeMainWindow();
     void showMainWindow(const QString &token = {});
     void hideMainWindow();
+    void prepareOverlay();
     [[nodiscard]] bool onDue(const Meeting &meeting);
     void signIn();
+    void showAppearance();
+    void testOverlay();
+    [[nodiscard]] PreviewSounds previewSounds();
     void welcome();
 
     Clock &m_clock;
     std::unique_ptr<UrlOpener> m_opener;
+    std::unique_ptr<DesktopAppearance> m_appearance;
     std::unique_ptr<ScreenCover> m_screenCover;
     std::unique_ptr<WindowActivator> m_activator;
     std::unique_ptr<SystemEvents> m_systemEvents;
+    std::unique_ptr<MusicPlayers> m_players;
+    std::unique_ptr<LoginItem> m_loginItem;
     AtomicFile m_preferencesFile;
     Preferences m_preferences;
     NetworkHttpClient m_http;
@@ -61,8 +87,18 @@ private:
     GoogleAuth m_auth;
     CalendarClient m_calendarClient;
     Scheduler m_scheduler;
+    MusicControl m_music;
+    OverlayMusic m_overlayMusic;
+    std::unique_ptr<SoundPlayer> m_soundPlayer;
+    OverlaySounds m_sounds;
     std::unique_ptr<OverlayController> m_overlay;
     std::unique_ptr<SettingsView> m_mainWindow;
+    std::unique_ptr<AppearanceView> m_appearanceWindow; ///< once it was opened
+    std::unique_ptr<RecentLoss> m_panelLoss;
+    std::unique_ptr<StatusItem> m_statusItem;
+    std::unique_ptr<KeySource> m_ownKeys;
+    std::unique_ptr<KeySource> m_allKeys;
+    std::unique_ptr<DoubleSlashHotkey> m_hotkey;
 };
 
 } // namespace kelp

@@ -24,17 +24,23 @@ CommandLine CommandLine::parse(const QStringList &arguments)
 
 QString CommandLine::help()
 {
-    return uR"(Usage: kelp [--help | --version]
+    return uR"(Usage: kelp [--snapshot FOLDER | --record FOLDER [CLIP...] | --help | --version]
 
 Kelp reads your Google calendars and covers every display shortly before each meeting.
 Started once more, it shows the panel of the Kelp that is running.
 
-  --help      print this and exit
-  --version   print the version and exit
+  --snapshot FOLDER          write stills of every theme and of the tray icon, and exit
+  --record FOLDER [CLIP...]  write promotional clips and pictures, all or those named, and exit
+  --help                     print this and exit
+  --version                  print the version and exit
+
+The first two need no display and no account, and replace what they find in FOLDER.
 
 Environment:
   KELP_GOOGLE_AUTHORIZATION, KELP_GOOGLE_TOKEN, KELP_GOOGLE_API
               other addresses of Google's services; only on 127.0.0.1 or localhost
+  KELP_CAPTURE_TIME="2026-01-01T09:00:00Z"
+              the time that stills show instead of the present one
   QT_LOGGING_RULES="kelp.*=true"
               log what happens, without titles, codes and tokens
 )"_s;

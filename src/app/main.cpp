@@ -1,8 +1,11 @@
 #include "app/AppDelegate.h"
+#include "app/CaptureRun.h"
 #include "app/CommandLine.h"
 #include "base/Clock.h"
+#include "base/Memory.h"
 #include "platform/Platform.h"
 #include "platform/SingleInstance.h"
+#include "ui/KelpStyle.h"
 
 #include <QApplication>
 
@@ -26,6 +29,7 @@ int runApplication(int &argc, char **argv)
 {
     Platform::prepare();
     QApplication application(argc, argv);
+    QApplication::setStyle(new KelpStyle);
     QApplication::setApplicationName(u"Kelp"_s);
     QApplication::setDesktopFileName(u"app.kelp.Kelp"_s);
     // Kelp lives on when its panel is closed.
@@ -52,12 +56,12 @@ int runApplication(int &argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    memory::keepPicturesApart();
     const CommandLine commandLine = CommandLine::parse(textsOf(argc, argv));
     switch (commandLine.mode) {
     case CommandLine::Mode::snapshot:
     case CommandLine::Mode::record:
-        std::fputs("kelp: capture is not built in\n", stderr);
-        return 1;
+        return runCapture(argv[0], commandLine);
     case CommandLine::Mode::help:
         std::fputs(CommandLine::help().toLocal8Bit().constData(), stdout);
         return 0;

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "ui/Element.h"
+
+#include <QString>
+
+namespace kelp {
+
+// The windows of the mock desktop.
+
+/// "Q4 roadmap.md", 760 points wide; the line of the last note is tagged `noteTag` and empty.
+[[nodiscard]] Element mockRoadmap();
+/// What stands in that line.
+[[nodiscard]] Element mockNote(const QString &typed, bool caret);
+/// "Inbox", 470 × 380 points.
+[[nodiscard]] Element mockInbox();
+
+inline const QString noteTag = QStringLiteral("note");
+
+} // namespace kelp
