@@ -11,10 +11,13 @@ inline constexpr int ran = 0;
 inline constexpr int badInput = 1;
 inline constexpr int badUsage = 2;
 
+int chimeCommand(const QStringList &arguments);
 int meetingsCommand(const QStringList &arguments);
 int decodeCommand(const QStringList &arguments);
+int hotkeyCommand(const QStringList &arguments);
 int loopbackCommand(const QStringList &arguments);
 int scheduleCommand(const QStringList &arguments);
+int spotifyUriCommand(const QStringList &arguments);
 int textCommand(const QStringList &arguments);
 
 } // namespace kelp::probe

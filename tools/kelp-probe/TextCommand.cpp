@@ -5,12 +5,15 @@
 #include "overlay/CountdownRing.h"
 #include "overlay/MeetingCard.h"
 #include "overlay/WelcomeCard.h"
+#include "settings/PanelTexts.h"
+#include "shell/StatusTitle.h"
 
 #include <QHash>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <functional>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -55,6 +58,35 @@ QString ringCaption(const Arguments &arguments)
     return CountdownRing::caption(remaining(arguments));
 }
 
+QString statusItemTitle(const Arguments &arguments)
+{
+    const QJsonValue seconds = arguments.value("seconds"_L1);
+    return statusTitle(seconds.isDouble() ? std::optional(seconds.toDouble()) : std::nullopt,
+                       arguments.value("paused"_L1).toBool());
+}
+
+QString panelCountdown(const Arguments &arguments)
+{
+    return panel::countdown(instant(arguments, "seconds"_L1), Instant{0});
+}
+
+QString panelAgo(const Arguments &arguments)
+{
+    return panel::ago(Instant{0}, instant(arguments, "seconds"_L1));
+}
+
+/// One of the panel's functions of a `date`, seen from `now`.
+template<QString (*function)(Instant, Instant)>
+QString panelDate(const Arguments &arguments)
+{
+    return function(instant(arguments, "date"_L1), instant(arguments, "now"_L1));
+}
+
+QString panelDisplayName(const Arguments &arguments)
+{
+    return panel::displayName(arguments.value("name"_L1).toString());
+}
+
 QString welcomeConnected(const Arguments &arguments)
 {
     WelcomeCard card;
@@ -81,6 +113,13 @@ const QHash<QString, std::function<QString(const Arguments &)>> &functions()
         {u"card.details"_s, cardDetails},
         {u"ring.label"_s, ringLabel},
         {u"ring.caption"_s, ringCaption},
+        {u"panel.countdown"_s, panelCountdown},
+        {u"panel.ago"_s, panelAgo},
+        {u"panel.shortTime"_s, panelDate<panel::shortTime>},
+        {u"panel.day"_s, panelDate<panel::day>},
+        {u"panel.pauseEnd"_s, panelDate<panel::pauseEnd>},
+        {u"panel.displayName"_s, panelDisplayName},
+        {u"status.title"_s, statusItemTitle},
         {u"welcome.connected"_s, welcomeConnected},
         {u"welcome.next"_s, welcomeNext},
     };
