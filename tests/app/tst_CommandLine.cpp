@@ -65,10 +65,6 @@ void tst_CommandLine::theProgramAnswersWithoutADisplay_data()
     QTest::addColumn<QString>("error");
     QTest::newRow("help") << QStringList{u"--help"_s} << 0 << u"Usage: kelp"_s << QString();
     QTest::newRow("version") << QStringList{u"--version"_s} << 0 << u"Kelp 0."_s << QString();
-    QTest::newRow("snapshot") << QStringList{u"--snapshot"_s, u"/nowhere"_s} << 1 << QString()
-                              << u"capture is not built in"_s;
-    QTest::newRow("record") << QStringList{u"--record"_s, u"/nowhere"_s} << 1 << QString()
-                            << u"capture is not built in"_s;
 }
 
 void tst_CommandLine::theProgramAnswersWithoutADisplay()

@@ -1,8 +1,6 @@
 #include "desktop/OneAccount.h"
 #include "support/Browser.h"
-#include "support/KelpProcess.h"
-#include "support/Sandbox.h"
-#include "support/ScreenReader.h"
+#include "support/KelpRig.h"
 
 #include <QCryptographicHash>
 #include <QFileInfo>
@@ -51,15 +49,14 @@ QString base64Url(const QByteArray &bytes)
 
 /// The released binary from its start to a reminder on the screen: a real X server with two monitors, a real browser,
 /// the desktop's own way to open links. Only Google is a local stand-in.
-class tst_EndToEnd : public QObject
+class tst_EndToEnd : public QObject, private KelpRig
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase();
     void init();
-    void cleanup();
-    void cleanupTestCase();
+    void cleanup() { endKelp(); }
 
     void signsInThroughTheBrowserAndGreets();
     void asksGoogleInItsOwnWords();
@@ -71,70 +68,31 @@ private Q_SLOTS:
     void removesAnAccountThatGoogleSignedOut();
 
 private:
-    void startKelp();
-    void press(const QString &button);
     void requestConsent(QUrl &page);
     void signIn();
     [[nodiscard]] QList<LoggedRequest> kelpsRequests() const;
 
-    PrivateDesktop desktop;
     Browser browser;
-    std::unique_ptr<ScreenReader> reader;
-    std::unique_ptr<Sandbox> sandbox;
-    std::unique_ptr<KelpProcess> kelp;
 };
 
 void tst_EndToEnd::initTestCase()
 {
-    QVERIFY2(desktop.start(), qPrintable(desktop.problem()));
+    QVERIFY(startDesktop());
     QVERIFY2(browser.start(), qPrintable(browser.problem()));
-    reader = std::make_unique<ScreenReader>(desktop.sessionBus());
-    QVERIFY(reader->isReady());
 }
 
 void tst_EndToEnd::init()
 {
     desktop.forget();
     desktop.writePreferences(oneAccount::preferences());
-    sandbox = std::make_unique<Sandbox>();
-}
-
-void tst_EndToEnd::cleanup()
-{
-    if (QTest::currentTestFailed() && kelp)
-        qInfo().noquote() << kelp->output() << reader->texts() << desktop.opened();
-    kelp.reset();
-    sandbox.reset();
-}
-
-void tst_EndToEnd::cleanupTestCase()
-{
-    reader.reset();
-}
-
-void tst_EndToEnd::startKelp()
-{
-    kelp = std::make_unique<KelpProcess>(desktop);
-    kelp->use(*sandbox);
-    kelp->set(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
-    QVERIFY(kelp->start());
-}
-
-void tst_EndToEnd::press(const QString &button)
-{
-    std::optional<QRect> where;
-    QTRY_VERIFY2((where = reader->button(button)).has_value(), qPrintable(button));
-    const QPoint at = where->center();
-    desktop.display().run(u"xdotool"_s,
-                          {u"mousemove"_s, QString::number(at.x()), QString::number(at.y()), u"click"_s, u"1"_s});
 }
 
 /// Presses the button of a Kelp without accounts, and hands out the page that the desktop is asked to open.
 void tst_EndToEnd::requestConsent(QUrl &page)
 {
-    startKelp();
+    QVERIFY(startKelp());
     QTRY_VERIFY_WITH_TIMEOUT(kelp->panelIsActive(), soon);
-    press(u"Sign in with Google"_s);
+    QVERIFY(person->click(u"Sign in with Google"_s));
     QTRY_COMPARE_WITH_TIMEOUT(desktop.opened().size(), 1, soon);
     page = QUrl::fromEncoded(desktop.opened().first(), QUrl::StrictMode);
     QVERIFY(page.isValid());
@@ -160,8 +118,7 @@ QList<LoggedRequest> tst_EndToEnd::kelpsRequests() const
 
 void tst_EndToEnd::signsInThroughTheBrowserAndGreets()
 {
-    QVERIFY2(sandbox->start(seed(QJsonArray{meeting(u"later"_s, u"Later today"_s, 7200)})),
-             qPrintable(sandbox->error()));
+    QVERIFY(startSandbox(seed(QJsonArray{meeting(u"later"_s, u"Later today"_s, 7200)})));
     signIn();
     QTRY_VERIFY2(browser.text().contains("You can close this tab and go back to Kelp."_L1),
                  qPrintable(browser.text() + browser.problem()));
@@ -178,7 +135,7 @@ void tst_EndToEnd::signsInThroughTheBrowserAndGreets()
 
 void tst_EndToEnd::asksGoogleInItsOwnWords()
 {
-    QVERIFY2(sandbox->start(seed()), qPrintable(sandbox->error()));
+    QVERIFY(startSandbox(seed()));
     const QDateTime before = QDateTime::currentDateTimeUtc();
     signIn();
     QTRY_COMPARE_WITH_TIMEOUT(kelp->windows(), PrivateDesktop::monitors(), soon);
@@ -259,7 +216,7 @@ void tst_EndToEnd::asksGoogleInItsOwnWords()
 
 void tst_EndToEnd::keepsTheAccountPrivate()
 {
-    QVERIFY2(sandbox->start(seed()), qPrintable(sandbox->error()));
+    QVERIFY(startSandbox(seed()));
     signIn();
     QTRY_VERIFY_WITH_TIMEOUT(!desktop.accounts().isEmpty(), soon);
     const QJsonArray accounts = QJsonDocument::fromJson(desktop.accounts()).array();
@@ -278,7 +235,7 @@ void tst_EndToEnd::keepsTheAccountPrivate()
 
 void tst_EndToEnd::tellsThatTheUserDidNotAllow()
 {
-    QVERIFY2(sandbox->start(seed()), qPrintable(sandbox->error()));
+    QVERIFY(startSandbox(seed()));
     QUrl page;
     requestConsent(page);
     QVERIFY2(browser.open(page), qPrintable(browser.problem()));
@@ -293,10 +250,9 @@ void tst_EndToEnd::tellsThatTheUserDidNotAllow()
 
 void tst_EndToEnd::coversBothMonitorsAndJoins()
 {
-    QVERIFY2(sandbox->start(seed(QJsonArray{meeting(u"review"_s, u"Design review"_s, 50)})),
-             qPrintable(sandbox->error()));
+    QVERIFY(startSandbox(seed(QJsonArray{meeting(u"review"_s, u"Design review"_s, 50)})));
     desktop.writeAccount(email, refreshToken);
-    startKelp();
+    QVERIFY(startKelp());
     QTRY_COMPARE_WITH_TIMEOUT(kelp->windows(), PrivateDesktop::monitors(), soon);
     QTRY_VERIFY(reader->reads(u"Design review"_s));
     for (const QPoint &each : {QPoint(2, 2), QPoint(1277, 717), QPoint(1282, 2), QPoint(2557, 717)})
@@ -323,9 +279,9 @@ void tst_EndToEnd::remembersAcrossAKillWhatWasShown()
 {
     const QDateTime start = QDateTime::currentDateTimeUtc().addSecs(40);
     const QJsonObject first = meeting(u"first"_s, u"Shown before"_s, start);
-    QVERIFY2(sandbox->start(seed(QJsonArray{first})), qPrintable(sandbox->error()));
+    QVERIFY(startSandbox(seed(QJsonArray{first})));
     desktop.writeAccount(email, refreshToken);
-    startKelp();
+    QVERIFY(startKelp());
     QTRY_COMPARE_WITH_TIMEOUT(kelp->windows(), PrivateDesktop::monitors(), soon);
     QTRY_VERIFY(reader->reads(u"Shown before"_s));
     QTRY_COMPARE(desktop.preferences()[u"shownMeetings"_s].toObject().size(), 1);
@@ -336,7 +292,7 @@ void tst_EndToEnd::remembersAcrossAKillWhatWasShown()
     const QJsonObject second = meeting(u"second"_s, u"Not yet shown"_s, start.addSecs(5));
     QVERIFY(sandbox->replaceEvents(email, email, {first, second}));
     QVERIFY(sandbox->clearRequests());
-    startKelp();
+    QVERIFY(startKelp());
     QTRY_COMPARE_WITH_TIMEOUT(kelp->windows(), PrivateDesktop::monitors(), soon);
     QTRY_VERIFY(reader->reads(u"Not yet shown"_s));
     QVERIFY2(reader->texts().filter(u"Shown before"_s).isEmpty(), qPrintable(reader->texts().join(u'\n')));
@@ -348,13 +304,12 @@ void tst_EndToEnd::remembersAcrossAKillWhatWasShown()
 void tst_EndToEnd::bringsASnoozedMeetingBackAfterAKill()
 {
     const QDateTime start = QDateTime::currentDateTimeUtc().addSecs(30);
-    QVERIFY2(sandbox->start(seed(QJsonArray{meeting(u"review"_s, u"Design review"_s, start)})),
-             qPrintable(sandbox->error()));
+    QVERIFY(startSandbox(seed(QJsonArray{meeting(u"review"_s, u"Design review"_s, start)})));
     desktop.writeAccount(email, refreshToken);
-    startKelp();
+    QVERIFY(startKelp());
     QTRY_COMPARE_WITH_TIMEOUT(kelp->windows(), PrivateDesktop::monitors(), soon);
     const QDateTime snoozedAt = QDateTime::currentDateTimeUtc();
-    press(u"Snooze 1 min"_s);
+    QVERIFY(person->click(u"Snooze 1 min"_s));
     QTRY_VERIFY(kelp->windows().isEmpty());
     QJsonObject preferences = desktop.preferences();
     QJsonObject snoozed = preferences[u"snoozedMeetings"_s].toObject();
@@ -369,7 +324,7 @@ void tst_EndToEnd::bringsASnoozedMeetingBackAfterAKill()
     snoozed[snoozed.begin().key()] = date(sooner);
     preferences[u"snoozedMeetings"_s] = snoozed;
     desktop.writePreferences(preferences);
-    startKelp();
+    QVERIFY(startKelp());
     QTRY_COMPARE_WITH_TIMEOUT(kelp->windows(), PrivateDesktop::monitors(), soon);
     QVERIFY(QDateTime::currentDateTimeUtc() >= sooner);
     QTRY_VERIFY(reader->reads(u"Design review"_s));
@@ -378,16 +333,14 @@ void tst_EndToEnd::bringsASnoozedMeetingBackAfterAKill()
 
 void tst_EndToEnd::removesAnAccountThatGoogleSignedOut()
 {
-    QVERIFY2(sandbox->start(seed()), qPrintable(sandbox->error()));
+    QVERIFY(startSandbox(seed()));
     desktop.writeAccount(email, refreshToken);
     QVERIFY(sandbox->revoke(email));
-    startKelp();
+    QVERIFY(startKelp());
     QTRY_VERIFY_WITH_TIMEOUT(desktop.accounts().isEmpty(), soon);
     QVERIFY(!QFileInfo::exists(desktop.data() + u"/accounts.json"_s));
     // Starting it once more opens the panel.
-    KelpProcess again(desktop);
-    QVERIFY(again.start());
-    QCOMPARE(again.exitStatus(), 0);
+    QVERIFY(openPanel());
     QTRY_VERIFY(reader->reads(u"robin@example.com: robin@example.com was signed out by Google. Add it again."_s));
     QVERIFY(reader->button(u"Sign in with Google"_s));
 }

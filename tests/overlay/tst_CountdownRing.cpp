@@ -279,9 +279,9 @@ void tst_CountdownRing::movesNoMoreOftenThanItShows_data()
     QTest::addColumn<double>("wait");
     const double length = 2 * std::numbers::pi * 105;
     QTest::newRow("a minute") << 60.0 << 1.0 << 0.05; // 11 points per second: twenty times a second are the limit
-    QTest::newRow("five minutes") << 300.0 << 1.0 << 0.25 / (length / 300);
-    QTest::newRow("five minutes, dense") << 300.0 << 2.0 << 0.125 / (length / 300);
-    QTest::newRow("an hour") << 3600.0 << 1.0 << 0.25 / (length / 3600);
+    QTest::newRow("five minutes") << 300.0 << 1.0 << 0.5 / (length / 300);
+    QTest::newRow("five minutes, dense") << 300.0 << 2.0 << 0.25 / (length / 300);
+    QTest::newRow("an hour") << 3600.0 << 1.0 << 0.5 / (length / 3600);
 }
 
 void tst_CountdownRing::movesNoMoreOftenThanItShows()

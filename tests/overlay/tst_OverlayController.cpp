@@ -6,7 +6,9 @@
 #include "support/FakeScreenCover.h"
 #include "support/FakeUrlOpener.h"
 #include "support/OffscreenScreens.h"
+#include "support/RecordedSounds.h"
 #include "support/SampleMeetings.h"
+#include "themes/ThemeImages.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -14,6 +16,9 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWindow>
+
+#include <qpa/qwindowsysteminterface.h>
 
 using namespace kelp;
 using namespace kelp::test;
@@ -36,6 +41,12 @@ private Q_SLOTS:
     void uncoversAScreenThatIsRemovedAndHandsTheKeyboardOn();
     void followsAScreenThatIsResized();
     void movesToTheNewPrimaryScreen();
+    void aScreenAddedLaterIsCoveredWithoutFading();
+    void aWindowThatTheDesktopClosesComesBack();
+    void aDesktopThatClosesEveryWindowHasItsWay();
+    void closingAWindowDismisses_data();
+    void closingAWindowDismisses();
+    void theKeyboardIsGivenBackAfterItsScreenIsGone();
 
     void returnJoinsAndHides_data();
     void returnJoinsAndHides();
@@ -66,7 +77,20 @@ private Q_SLOTS:
     void aScreenAddedLaterCountsDownToo();
     void nothingWakesUpForACardThatStandsStill();
     void tellsWhenItIsShownAndHidden();
+    void aMeetingIsHeardOnceItIsSeen();
+    void aMeetingIsHeardThoughNothingIsPainted();
+    void aMeetingIsHeardWithoutScreens();
+    void aMeetingThatIsGoneBeforeItIsSeenIsNotHeard();
+    void theWelcomeCardIsSilent();
+    void hidingStopsTheSound();
+    void aNewShowingStopsWhatPlays();
     void withoutScreensNothingIsShownUntilOneComes();
+
+    void eachWindowBlursWhatLiesBehindIt();
+    void doesNotWaitForAPicture();
+    void aPreparedShowingHasItsPictureAtOnce();
+    void whatIsPreparedInVainIsForgotten();
+    void nothingIsDecodedAnyMoreOnceHidden();
 
 private:
     [[nodiscard]] QWidget *window(int index = 0) const { return cover->visible().value(index); }
@@ -79,6 +103,7 @@ private:
     std::unique_ptr<Preferences> preferences;
     std::unique_ptr<FakeUrlOpener> opener;
     std::unique_ptr<FakeScreenCover> cover;
+    std::unique_ptr<RecordedSounds> sounds;
     std::unique_ptr<OverlayController> controller;
 };
 
@@ -100,7 +125,8 @@ void tst_OverlayController::init()
     preferences = std::make_unique<Preferences>();
     opener = std::make_unique<FakeUrlOpener>();
     cover = std::make_unique<FakeScreenCover>();
-    controller = std::make_unique<OverlayController>(*preferences, *clock, *opener, *cover);
+    sounds = std::make_unique<RecordedSounds>(*preferences, *clock);
+    controller = std::make_unique<OverlayController>(*preferences, *clock, *opener, *cover, sounds->sounds());
 }
 
 void tst_OverlayController::cleanup()
@@ -209,6 +235,77 @@ void tst_OverlayController::movesToTheNewPrimaryScreen()
     setOffscreenScreens({right});
     QTRY_COMPARE(cover->visible().size(), 1);
     QCOMPARE(window()->geometry(), right);
+}
+
+void tst_OverlayController::aScreenAddedLaterIsCoveredWithoutFading()
+{
+    cover->means = ScreenCover::Fade::WindowOpacity;
+    controller->show(review);
+    QCOMPARE(window(0)->windowOpacity(), 0.0);
+    setOffscreenScreens({left, right, QRect(0, 1080, 800, 600)});
+    QTRY_COMPARE(cover->visible().size(), 3);
+    QCOMPARE(window(2)->windowOpacity(), 1.0);
+    controller->hide(true);
+    QTRY_VERIFY(cover->visible().isEmpty());
+}
+
+void tst_OverlayController::aWindowThatTheDesktopClosesComesBack()
+{
+    controller->show(review);
+    const QPointer<QWidget> closed = window(0);
+    Q_EMIT cover->closed(closed);
+    QVERIFY(!closed);
+    QCOMPARE(cover->visible().size(), 1);
+    QCOMPARE(cover->keyboard, window(0)); // that of the other screen
+    clock->advance(0.2);
+    QCOMPARE(cover->visible().size(), 2);
+    QVERIFY(controller->isShown());
+}
+
+void tst_OverlayController::aDesktopThatClosesEveryWindowHasItsWay()
+{
+    setOffscreenScreens({left});
+    controller->show(review);
+    QSignalSpy hidden(controller.get(), &OverlayController::hidden);
+    int closings = 0;
+    for (; controller->meeting() && closings < 100; ++closings) {
+        Q_EMIT cover->closed(window(0));
+        clock->advance(0.2);
+    }
+    QCOMPARE(closings, 6);
+    QCOMPARE(hidden.size(), 1);
+}
+
+void tst_OverlayController::closingAWindowDismisses_data()
+{
+    QTest::addColumn<bool>("fromOutside");
+    QTest::newRow("as under X11") << true;
+    QTest::newRow("as under Wayland") << false;
+}
+
+void tst_OverlayController::closingAWindowDismisses()
+{
+    QFETCH(bool, fromOutside);
+    controller->show(review);
+    QCOMPARE(cover->visible().size(), 2);
+    if (fromOutside)
+        QWindowSystemInterface::handleCloseEvent(window(0)->windowHandle());
+    else
+        window(0)->windowHandle()->close();
+    QTRY_VERIFY(!controller->isShown());
+    QTRY_COMPARE(cover->visible().size(), 0);
+    QVERIFY(opener->opened.isEmpty());
+}
+
+void tst_OverlayController::theKeyboardIsGivenBackAfterItsScreenIsGone()
+{
+    cover->current = QGuiApplication::screens().at(1);
+    controller->show(review);
+    cover->current = nullptr;
+    setOffscreenScreens({left});
+    controller->hide(false);
+    QVERIFY(!cover->keyboard);
+    QCOMPARE(cover->visible().size(), 0);
 }
 
 void tst_OverlayController::returnJoinsAndHides_data()
@@ -534,6 +631,74 @@ void tst_OverlayController::tellsWhenItIsShownAndHidden()
     QCOMPARE(hidden.size(), 2);
 }
 
+void tst_OverlayController::aMeetingIsHeardOnceItIsSeen()
+{
+    controller->show(review);
+    QCOMPARE(sounds->player.plays.size(), 0);
+    for (QWidget *each : cover->visible())
+        QTRY_VERIFY(qobject_cast<OverlayView *>(each)->isSeen());
+    QCOMPARE(sounds->player.plays.size(), 0); // what is painted is on its way to the screen
+    clock->advance(0);
+    QCOMPARE(sounds->player.plays.size(), 1);
+    QCOMPARE(sounds->player.plays.first().sound.name, u"Glass"_s);
+    clock->advance(10);
+    QCOMPARE(sounds->player.plays.size(), 1);
+}
+
+void tst_OverlayController::aMeetingIsHeardThoughNothingIsPainted()
+{
+    controller->show(review);
+    clock->advance(0.24);
+    QCOMPARE(sounds->player.plays.size(), 0);
+    clock->advance(0.01);
+    QCOMPARE(sounds->player.plays.size(), 1);
+}
+
+void tst_OverlayController::aMeetingIsHeardWithoutScreens()
+{
+    setOffscreenScreens({});
+    controller->show(review);
+    clock->advance(0);
+    QCOMPARE(sounds->player.plays.size(), 1);
+    QVERIFY(sounds->player.isPlaying);
+    controller->hide(true);
+    QVERIFY(!sounds->player.isPlaying);
+}
+
+void tst_OverlayController::aMeetingThatIsGoneBeforeItIsSeenIsNotHeard()
+{
+    controller->show(review);
+    controller->hide(true);
+    clock->advance(10);
+    QCOMPARE(sounds->player.plays.size(), 0);
+}
+
+void tst_OverlayController::theWelcomeCardIsSilent()
+{
+    preferences->set(preference::pauseMusic, true);
+    controller->show(welcome);
+    clock->advance(5);
+    QCOMPARE(sounds->player.plays.size(), 0);
+    QCOMPARE(sounds->players.log, QStringList());
+}
+
+void tst_OverlayController::hidingStopsTheSound()
+{
+    controller->show(review);
+    clock->advance(1);
+    QVERIFY(sounds->player.isPlaying);
+    press(window(), Qt::Key_Escape);
+    QVERIFY(!sounds->player.isPlaying);
+}
+
+/// A sound that the user is just trying out falls silent, too.
+void tst_OverlayController::aNewShowingStopsWhatPlays()
+{
+    sounds->sounds().play(u"Bells"_s);
+    controller->show(welcome);
+    QVERIFY(!sounds->player.isPlaying);
+}
+
 void tst_OverlayController::withoutScreensNothingIsShownUntilOneComes()
 {
     setOffscreenScreens({});
@@ -545,6 +710,85 @@ void tst_OverlayController::withoutScreensNothingIsShownUntilOneComes()
     QCOMPARE(cover->keyboard, window());
     controller->hide(false);
     QVERIFY(!controller->meeting());
+}
+
+void tst_OverlayController::eachWindowBlursWhatLiesBehindIt()
+{
+    cover->behind = [](const QScreen &screen) { return screen.geometry() == left ? Qt::white : Qt::black; };
+    controller->show(review);
+    const QList<QWidget *> windows = cover->visible();
+    QCOMPARE(windows.size(), 2);
+    const auto corner = [](QWidget *window) { return window->grab(QRect(0, 0, 1, 1)).toImage().pixelColor(0, 0); };
+    QVERIFY(std::abs(corner(windows.at(0)).green() - 255 * 0.45) <= 2);
+    QCOMPARE(corner(windows.at(1)), QColor(Qt::black));
+}
+
+void tst_OverlayController::doesNotWaitForAPicture()
+{
+    ThemeImages::forgetDecoded();
+    preferences->set(preference::theme, u"zen"_s);
+    controller->show(review);
+    QWidget *window = cover->visible().at(0);
+    const auto colour = [&] { return window->grab(QRect(640, 80, 1, 1)).toImage().pixelColor(0, 0); };
+    const QColor before = colour();
+    QTRY_VERIFY(ThemeImages::isReady(OverlayTheme::named(u"zen"_s), *preferences));
+    QTRY_VERIFY(colour().lightness() > before.lightness() + 20); // the sky; fog over black before
+}
+
+void tst_OverlayController::aPreparedShowingHasItsPictureAtOnce()
+{
+    ThemeImages::forgetDecoded();
+    preferences->set(preference::theme, u"zen"_s);
+    const OverlayTheme zen = OverlayTheme::named(u"zen"_s);
+    controller->prepare(review);
+    QVERIFY(!controller->isShown());
+    QTRY_VERIFY(ThemeImages::isReady(zen, *preferences));
+    clock->advance(12);
+    controller->show(review);
+    const QImage first = cover->visible().at(0)->grab(QRect(640, 80, 1, 1)).toImage();
+    QCoreApplication::processEvents();
+    QCOMPARE(cover->visible().at(0)->grab(QRect(640, 80, 1, 1)).toImage(), first);
+    const QColor colour = first.pixelColor(0, 0);
+    QVERIFY2(colour.lightness() > 30, qPrintable(colour.name()));
+}
+
+void tst_OverlayController::whatIsPreparedInVainIsForgotten()
+{
+    ThemeImages::forgetDecoded();
+    preferences->set(preference::theme, u"space"_s);
+    const OverlayTheme space = OverlayTheme::named(u"space"_s);
+    controller->prepare(review);
+    QTRY_VERIFY(ThemeImages::isReady(space, *preferences));
+    clock->advance(29);
+    controller->prepare(review); // asked for again and again meanwhile
+    QVERIFY(ThemeImages::isReady(space, *preferences));
+    clock->advance(2);
+    QVERIFY(!ThemeImages::isReady(space, *preferences));
+    // A showing keeps its picture for as long as it lasts.
+    controller->prepare(review);
+    QTRY_VERIFY(ThemeImages::isReady(space, *preferences));
+    controller->show(review);
+    clock->advance(31);
+    QVERIFY(ThemeImages::isReady(space, *preferences));
+    controller->hide(false);
+    QVERIFY(!ThemeImages::isReady(space, *preferences));
+}
+
+void tst_OverlayController::nothingIsDecodedAnyMoreOnceHidden()
+{
+    const OverlayTheme lofi = OverlayTheme::named(u"lofi"_s);
+    preferences->set(preference::theme, lofi.id);
+    cover->means = ScreenCover::Fade::WindowOpacity;
+    controller->prepare(review);
+    QTRY_VERIFY(ThemeImages::isReady(lofi, *preferences));
+    controller->show(review);
+    QVERIFY(!cover->visible().at(0)->grab().isNull());
+    controller->hide(true);
+    QVERIFY(!cover->visible().isEmpty()); // fading out, with new frames
+    clock->advance(0.1);
+    QVERIFY(!cover->visible().at(0)->grab().isNull());
+    QVERIFY(!ThemeImages::isReady(lofi, *preferences));
+    QTRY_VERIFY(cover->visible().isEmpty());
 }
 
 QTEST_MAIN(tst_OverlayController)

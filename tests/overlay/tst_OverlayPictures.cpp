@@ -9,6 +9,10 @@
 #include <QPainter>
 #include <QTest>
 
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
 using namespace kelp;
 using namespace Qt::StringLiterals;
 

@@ -31,6 +31,8 @@ private Q_SLOTS:
     void saysWhenItLooksDifferent();
     void withoutMotionIsThereAtOnce();
     void blendsWithWhatIsBehind();
+    void theBackgroundFollowsTheFrames_data();
+    void theBackgroundFollowsTheFrames();
 
 private:
     [[nodiscard]] QImage picture() const;
@@ -239,6 +241,37 @@ void tst_OverlayView::blendsWithWhatIsBehind()
     QVERIFY(half.green() > 100 && half.green() < 160);
     view->setBlend(behind, 1);
     QCOMPARE(picture(), whole);
+}
+
+void tst_OverlayView::theBackgroundFollowsTheFrames_data()
+{
+    QTest::addColumn<QString>("theme");
+    QTest::addColumn<bool>("animate");
+    QTest::addColumn<bool>("moves");
+    QTest::newRow("aurora") << u"aurora"_s << true << true;
+    QTest::newRow("a drifting picture") << u"zen"_s << true << true;
+    QTest::newRow("without motion") << u"aurora"_s << false << false;
+    QTest::newRow("a theme that stands still") << u"paper"_s << true << false;
+}
+
+void tst_OverlayView::theBackgroundFollowsTheFrames()
+{
+    QFETCH(QString, theme);
+    QFETCH(bool, animate);
+    QFETCH(bool, moves);
+    view = std::make_unique<OverlayView>(OverlayScene{MeetingContent{sample::designReview(), {}},
+                                                      OverlayTheme::named(theme),
+                                                      {},
+                                                      {.live = true, .animate = animate}},
+                                         sample::ten - 60);
+    view->resize(640, 400);
+    QCOMPARE(!view->movingPart().isEmpty(), moves);
+    view->setFrameTime(sample::ten);
+    const QImage before = picture();
+    view->setFrameTime(sample::ten + 5);
+    QCOMPARE(picture() != before, moves);
+    view->setFrameTime(sample::ten);
+    QCOMPARE(picture(), before);
 }
 
 QTEST_MAIN(tst_OverlayView)

@@ -5,6 +5,7 @@
 #include <QTcpSocket>
 #include <QTest>
 #include <QUrl>
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 
@@ -46,8 +47,11 @@ private Q_SLOTS:
     void describesTheMeetingOfEachEvent();
     void decodesBodies_data();
     void decodesBodies();
+    void findsDoubleSlashes();
     void runsASchedule();
     void receivesARedirect();
+    void writesChimes();
+    void readsSpotifyLinks();
     void writesTexts_data();
     void writesTexts();
     void refusesBadInputAndBadUsage_data();
@@ -106,6 +110,20 @@ void tst_KelpProbe::decodesBodies()
     QVERIFY(!line.value("error"_L1).toString().isEmpty());
 }
 
+void tst_KelpProbe::findsDoubleSlashes()
+{
+    const Outcome outcome = probe({u"hotkey"_s}, R"({"t":1,"key":"/"}
+{"t":1.4,"key":"/","ctrl":false,"alt":false,"meta":false,"shift":true,"repeat":false}
+{"t":2,"key":"/"}
+{"t":2.1,"key":"/","meta":true}
+{"t":3.5,"key":"/"}
+
+{"t":3.625,"key":"/"}
+)");
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(outcome.output, "{\"trigger\":1.4}\n{\"trigger\":3.625}\n");
+}
+
 void tst_KelpProbe::runsASchedule()
 {
     const Outcome outcome = probe({u"schedule"_s}, R"({"from": 1000, "to": 1200, "step": 5,
@@ -143,6 +161,16 @@ void tst_KelpProbe::receivesARedirect()
     QCOMPARE(process.exitCode(), 0);
 }
 
+void tst_KelpProbe::readsSpotifyLinks()
+{
+    const Outcome outcome = probe(
+        {u"spotify-uri"_s}, " https://open.spotify.com/intl-de/track/ID?si=abc \n\nspotify:album:\nspotify:show:ID\r\n"
+                            "https://example.com/track/ID\nhttps://open.spotify.com/album/a%0Ab%C3%A4\nx");
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(outcome.output, "spotify:track:ID\n\n\nspotify:show:ID\n\nspotify:album:a%0Ab\u00e4\n\n");
+    QVERIFY(outcome.error.isEmpty());
+}
+
 void tst_KelpProbe::writesTexts_data()
 {
     QTest::addColumn<QByteArray>("call");
@@ -165,11 +193,27 @@ void tst_KelpProbe::writesTexts_data()
     row(R"({"fn":"ring.caption","args":{"remaining":0.4}})", u"until start"_s);
     row(R"({"fn":"ring.caption","args":{"remaining":-4.9}})", u"starting"_s);
     row(R"({"fn":"ring.caption","args":{"remaining":-5}})", u"since start"_s);
+    row(R"({"fn":"status.title","args":{"seconds":300,"paused":false}})", u" 5m"_s);
+    row(R"({"fn":"status.title","args":{"seconds":-4}})", u" now"_s);
+    row(R"({"fn":"status.title","args":{"seconds":300,"paused":true}})", u""_s);
+    row(R"({"fn":"status.title","args":{"paused":false}})", u""_s);
     row(R"({"fn":"welcome.connected","args":{"email":"a@x","calendars":2}})", u"Connected to a@x · 2 calendars"_s);
     row(R"({"fn":"welcome.connected","args":{"calendars":1}})", u"Connected to Google · 1 calendar"_s);
     row(R"({"fn":"welcome.next","args":{}})", u"No meetings in the next 24 hours"_s);
     row(R"({"fn":"welcome.next","args":{"title":"M","start":1767258000,"now":1767257280}})",
         u"Next meeting: M at 09:00 (in 12 minutes)"_s);
+    row(R"({"fn":"panel.countdown","args":{"seconds":0.9}})", u"now"_s);
+    row(R"({"fn":"panel.countdown","args":{"seconds":60}})", u"Kelp in 2 min"_s);
+    row(R"({"fn":"panel.countdown","args":{"seconds":5400}})", u"Kelp in 1 h 31 min"_s);
+    row(R"({"fn":"panel.ago","args":{"seconds":59.9}})", u"just now"_s);
+    row(R"({"fn":"panel.ago","args":{"seconds":7500}})", u"125 min ago"_s);
+    row(R"({"fn":"panel.shortTime","args":{"date":1767258000,"now":1767257000}})", u"09:00"_s);
+    row(R"({"fn":"panel.shortTime","args":{"date":1767344400,"now":1767258000}})", u"Fri 09:00"_s);
+    row(R"({"fn":"panel.day","args":{"date":1767258000,"now":1767258000}})", u"Today"_s);
+    row(R"({"fn":"panel.day","args":{"date":1767344400,"now":1767258000}})", u"Tomorrow"_s);
+    row(R"({"fn":"panel.pauseEnd","args":{"date":1767261600,"now":1767258000}})", u"10:00"_s);
+    row(R"({"fn":"panel.pauseEnd","args":{"date":1767312000,"now":1767258000}})", u"Fri 00:00"_s);
+    row(R"({"fn":"panel.displayName","args":{"name":"webcal://example.org/a.ics"}})", u"example.org"_s);
 }
 
 void tst_KelpProbe::writesTexts()
@@ -179,6 +223,22 @@ void tst_KelpProbe::writesTexts()
     const Outcome outcome = probe({u"text"_s}, call.replace('\n', ' ') + "\n");
     QCOMPARE(outcome.status, 0);
     QCOMPARE(QJsonDocument::fromJson(outcome.output).object().value("text"_L1).toString(), text);
+}
+
+void tst_KelpProbe::writesChimes()
+{
+    const Outcome list = probe({u"chime"_s, u"--list"_s}, {});
+    QCOMPARE(list.status, 0);
+    QCOMPARE(list.output, "Chime\nBells\nDoorbell\nMarimba\nHarp\nCrystal\nSinging bowl\nArcade\n"_ba);
+    for (const QByteArray &name : list.output.trimmed().split('\n')) {
+        const Outcome chime = probe({u"chime"_s, QString::fromUtf8(name)}, {});
+        QCOMPARE(chime.status, 0);
+        QCOMPARE(chime.error, QByteArray());
+        QCOMPARE(chime.output.left(4), "RIFF"_ba);
+        QCOMPARE(qFromLittleEndian<quint32>(chime.output.constData() + 4),
+                 static_cast<quint32>(chime.output.size() - 8));
+    }
+    QCOMPARE(probe({u"chime"_s, u"Chime"_s}, {}).output.size(), 44 + 2 * 247401);
 }
 
 void tst_KelpProbe::refusesBadInputAndBadUsage_data()
@@ -196,8 +256,16 @@ void tst_KelpProbe::refusesBadInputAndBadUsage_data()
         << QByteArray(R"({"from": 1, "to": 2, "step": 1, "actions": [{"at": 1, "do": "x"}]})") << 1;
     QTest::newRow("text: unknown function") << QStringList{u"text"_s} << QByteArray(R"({"fn": "x"})") << 1;
     QTest::newRow("text: no JSON") << QStringList{u"text"_s} << QByteArray("x") << 1;
+    QTest::newRow("hotkey: no JSON") << QStringList{u"hotkey"_s} << QByteArray("x") << 1;
+    QTest::newRow("hotkey: no time") << QStringList{u"hotkey"_s} << QByteArray(R"({"key": "/"})") << 1;
+    QTest::newRow("hotkey: no key") << QStringList{u"hotkey"_s} << QByteArray(R"({"t": 1})") << 1;
+    QTest::newRow("hotkey of what") << QStringList{u"hotkey"_s, u"x"_s} << QByteArray() << 2;
+    QTest::newRow("chime: unknown name") << QStringList{u"chime"_s, u"bells"_s} << QByteArray() << 1;
+    QTest::newRow("chime without a name") << QStringList{u"chime"_s} << QByteArray() << 2;
+    QTest::newRow("chime with two names") << QStringList{u"chime"_s, u"Bells"_s, u"Harp"_s} << QByteArray() << 2;
     QTest::newRow("nothing") << QStringList{} << QByteArray() << 2;
     QTest::newRow("unknown command") << QStringList{u"x"_s} << QByteArray() << 2;
+    QTest::newRow("spotify-uri of what") << QStringList{u"spotify-uri"_s, u"x"_s} << QByteArray() << 2;
     QTest::newRow("decode what") << QStringList{u"decode"_s} << QByteArray() << 2;
     QTest::newRow("decode other") << QStringList{u"decode"_s, u"x"_s} << QByteArray() << 2;
     QTest::newRow("loopback without state") << QStringList{u"loopback"_s} << QByteArray() << 2;

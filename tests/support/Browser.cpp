@@ -84,11 +84,37 @@ bool Browser::open(const QUrl &url)
 
 bool Browser::click(const QString &id)
 {
+    return clickFirst(u"#"_s + id);
+}
+
+bool Browser::clickFirst(const QString &selector)
+{
     m_problem.clear();
-    const QString element = find(u"#"_s + id);
+    const QString element = find(selector);
     if (m_problem.isEmpty())
         command("POST", u"/element/%1/click"_s.arg(element));
     return m_problem.isEmpty();
+}
+
+bool Browser::press(Key key)
+{
+    m_problem.clear();
+    const QString value{QChar(static_cast<char16_t>(key))};
+    const QJsonArray strokes{QJsonObject{{u"type"_s, u"keyDown"_s}, {u"value"_s, value}},
+                             QJsonObject{{u"type"_s, u"keyUp"_s}, {u"value"_s, value}}};
+    const QJsonObject keyboard{{u"type"_s, u"key"_s}, {u"id"_s, u"keyboard"_s}, {u"actions"_s, strokes}};
+    command("POST", u"/actions"_s, {{u"actions"_s, QJsonArray{keyboard}}});
+    return m_problem.isEmpty();
+}
+
+QString Browser::focused()
+{
+    const QString element = command("GET", u"/element/active"_s)[elementKey].toString();
+    const auto property = [&](const QString &name) {
+        return command("GET", u"/element/%1/property/%2"_s.arg(element, name)).toString();
+    };
+    const QString id = property(u"id"_s);
+    return id.isEmpty() ? property(u"value"_s) : id;
 }
 
 QString Browser::title()

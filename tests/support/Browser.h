@@ -24,6 +24,13 @@ public:
     [[nodiscard]] bool open(const QUrl &url);
     /// Clicks on the element with this identifier, where it can be seen, and waits for the page that may follow.
     [[nodiscard]] bool click(const QString &id);
+    /// The same with the first element that a CSS selector finds.
+    [[nodiscard]] bool clickFirst(const QString &selector);
+    /// A key, as what has the focus gets it.
+    enum class Key : char16_t { Tab = u'\ue004', Return = u'\ue006', Down = u'\ue015' };
+    [[nodiscard]] bool press(Key key);
+    /// The identifier or, where there is none, the value of what has the focus.
+    [[nodiscard]] QString focused();
     [[nodiscard]] QString title();
     /// All that can be read on the page.
     [[nodiscard]] QString text();

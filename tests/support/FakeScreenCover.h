@@ -6,6 +6,8 @@
 #include <QScreen>
 #include <QWidget>
 
+#include <functional>
+
 namespace kelp {
 
 /// Covers the screens of the offscreen platform and lets a test see and decide what only a real desktop would.
@@ -21,6 +23,7 @@ public:
     }
     void fit(QWidget &window, QScreen &screen) override { window.setGeometry(screen.geometry()); }
     void show(QWidget &window) override { window.show(); }
+    void hide(QWidget &window) override { window.hide(); }
     void takeKeyboard(QWidget &window) override
     {
         keyboard = &window;
@@ -34,6 +37,14 @@ public:
     {
         QPixmap desktop(screen.size());
         desktop.fill(Qt::green);
+        return desktop;
+    }
+    [[nodiscard]] QImage smallPicture(QScreen &screen) const override
+    {
+        if (!behind)
+            return {};
+        QImage desktop(screen.size() / 8, QImage::Format_RGB32);
+        desktop.fill(behind(screen));
         return desktop;
     }
 
@@ -53,6 +64,7 @@ public:
     QSet<quint32> held;
     QScreen *current = nullptr;
     Fade means = Fade::None;
+    std::function<QColor(const QScreen &)> behind; ///< what lies behind the windows
 };
 
 } // namespace kelp

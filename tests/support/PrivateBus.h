@@ -2,6 +2,9 @@
 
 #include <QDBusConnection>
 #include <QProcess>
+#include <QTemporaryFile>
+
+#include <sys/types.h>
 
 namespace kelp::test {
 
@@ -16,12 +19,17 @@ public:
 
     /// `environment` is what services get that the bus starts.
     [[nodiscard]] bool start(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+    void stop();
+    [[nodiscard]] pid_t pid() const { return static_cast<pid_t>(m_process.processId()); }
     [[nodiscard]] const QString &address() const { return m_address; }
     /// The test's own connection to it.
     [[nodiscard]] QDBusConnection connection();
 
 private:
+    [[nodiscard]] bool configure();
+
     QProcess m_process;
+    QTemporaryFile m_configuration;
     QString m_address;
     QString m_connectionName;
 };

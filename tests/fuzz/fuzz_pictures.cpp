@@ -1,0 +1,44 @@
+#include "base/AtomicFile.h"
+#include "fuzz/FuzzTarget.h"
+#include "preferences/Preferences.h"
+#include "themes/ThemeImages.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+using namespace kelp;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Where Kelp keeps its data for as long as the target runs; in memory where there is such a folder, because every copy
+/// is written through.
+const QTemporaryDir &home()
+{
+    static const QTemporaryDir folder(QFileInfo(u"/dev/shm"_s).isWritable() ? u"/dev/shm/fuzz-pictures"_s
+                                                                            : QDir::tempPath() + u"/fuzz-pictures"_s);
+    return folder;
+}
+
+} // namespace
+
+/// A picture that somebody was sent, and chooses for the overlay.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    qputenv("XDG_DATA_HOME", QFile::encodeName(home().path()));
+    const QString chosen = home().filePath(u"chosen.jpg"_s);
+    QFile file(chosen);
+    FUZZ_EXPECT(file.open(QIODevice::WriteOnly));
+    file.write(test::inputBytes(data, size));
+    file.close();
+
+    Preferences preferences;
+    FUZZ_EXPECT(ThemeImages::setCustom(chosen, preferences, Instant{1767261600}).has_value());
+    const QImage image = ThemeImages::custom(preferences);
+    FUZZ_EXPECT(image.isNull() || image.format() == QImage::Format_RGB32);
+    FUZZ_EXPECT(image.width() <= 4096 && image.height() <= 4096);
+    ThemeImages::forgetDecoded();
+    return 0;
+}

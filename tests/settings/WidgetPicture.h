@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QDir>
+#include <QImage>
+#include <QTest>
+#include <QWidget>
+
+namespace kelp::test {
+
+/// The widget as it paints itself, magenta where it paints nothing.
+[[nodiscard]] inline QImage picture(QWidget &widget, double density)
+{
+    QImage image((QSizeF(widget.size()) * density).toSize(), QImage::Format_RGB32);
+    image.setDevicePixelRatio(density);
+    image.fill(Qt::magenta);
+    widget.render(&image);
+    return image;
+}
+
+/// Keeps it as NAME.png in $KELP_PICTURES, if that is set.
+inline void save(const QImage &image, const QString &name)
+{
+    const QString folder = qEnvironmentVariable("KELP_PICTURES");
+    if (folder.isEmpty())
+        return;
+    QDir().mkpath(folder);
+    QVERIFY(image.save(folder + QLatin1Char('/') + name + QStringLiteral(".png")));
+}
+
+/// Whether something was left unpainted.
+[[nodiscard]] inline bool hasMagenta(const QImage &image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixel(x, y) == qRgb(255, 0, 255))
+                return true;
+        }
+    }
+    return false;
+}
+
+} // namespace kelp::test
