@@ -24,18 +24,18 @@ OverlayWindow::OverlayWindow(ScreenCover &cover, QScreen &screen, std::unique_pt
     connect(&m_fade, &QVariantAnimation::valueChanged, this,
             [this](const QVariant &part) { setShown(part.toDouble()); });
     connect(&screen, &QScreen::geometryChanged, this, [this] {
-        if (m_view)
+        if (!m_isLost)
             m_cover.fit(*m_view, *m_screen);
     });
-    // The window goes while its screen still exists: Qt would move it to another one, over the window that is there.
+    // Qt moves what it finds on the screen to another one, over the window that is there; only until this is deleted.
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, [this](const QScreen *removed) {
-        if (removed != m_screen || !m_view)
+        if (removed != m_screen || m_isLost)
             return;
         lose();
         Q_EMIT screenLost();
     });
     connect(&m_cover, &ScreenCover::closed, this, [this](const QWidget *window) {
-        if (window != m_view.get())
+        if (m_isLost || window != m_view.get())
             return;
         lose();
         Q_EMIT closed();
@@ -48,21 +48,23 @@ OverlayWindow::OverlayWindow(ScreenCover &cover, QScreen &screen, std::unique_pt
 
 OverlayWindow::~OverlayWindow()
 {
-    if (m_view)
-        m_cover.hide(*m_view);
+    m_cover.hide(*m_view);
 }
 
+/// The news may come in the middle of the view's own painting: while all its buffers are with the Wayland compositor,
+/// Qt waits for one by handling whatever else arrives. So the window is left as it is until the event loop goes on.
 void OverlayWindow::lose()
 {
+    m_isLost = true;
     m_fade.stop();
-    m_cover.hide(*m_view);
-    m_view.reset();
+    m_view->disconnect();
+    m_view->setEnabled(false);
     deleteLater();
 }
 
 bool OverlayWindow::holds(const QObject *object) const
 {
-    if (!m_view)
+    if (m_isLost)
         return false;
     if (object == m_view->windowHandle())
         return true;
@@ -94,7 +96,7 @@ void OverlayWindow::show(bool gradually)
 void OverlayWindow::leave(bool animated)
 {
     m_fade.stop();
-    if (!m_view)
+    if (m_isLost)
         return;
     m_view->disconnect();
     m_view->setEnabled(false);

@@ -22,8 +22,8 @@ public:
     OverlayWindow(ScreenCover &cover, QScreen &screen, std::unique_ptr<OverlayView> view, QObject *parent = nullptr);
     ~OverlayWindow() override;
 
-    /// Null once the screen is gone.
-    [[nodiscard]] OverlayView *view() const { return m_view.get(); }
+    /// Null once the window is lost.
+    [[nodiscard]] OverlayView *view() const { return m_isLost ? nullptr : m_view.get(); }
     [[nodiscard]] QScreen *screen() const { return m_screen; }
     /// Whether `object` is the window, natively or as a widget, or a widget in it.
     [[nodiscard]] bool holds(const QObject *object) const;
@@ -34,9 +34,9 @@ public:
     void leave(bool animated);
 
 Q_SIGNALS:
-    /// The screen was unplugged; the window is already gone.
+    /// The screen was unplugged; the window is lost and goes with the next turn of the event loop.
     void screenLost();
-    /// The desktop has taken the window down while its screen is still there; the window is already gone.
+    /// The desktop has taken the window down while its screen is still there; it goes with the next turn, too.
     void closed();
 
 private:
@@ -52,6 +52,7 @@ private:
     QPixmap m_behind;
     double m_shown = 1;
     bool m_isLeaving = false;
+    bool m_isLost = false;
     QVariantAnimation m_fade;
 };
 

@@ -39,6 +39,7 @@ private Q_SLOTS:
     void givesTheKeyboardToTheScreenInUse();
     void coversAScreenThatIsAdded();
     void uncoversAScreenThatIsRemovedAndHandsTheKeyboardOn();
+    void aWindowOutlivesTheNewsThatItsScreenGoes();
     void followsAScreenThatIsResized();
     void movesToTheNewPrimaryScreen();
     void aScreenAddedLaterIsCoveredWithoutFading();
@@ -210,10 +211,24 @@ void tst_OverlayController::uncoversAScreenThatIsRemovedAndHandsTheKeyboardOn()
     const QPointer<QWidget> lost = window(1);
     cover->current = nullptr;
     setOffscreenScreens({left});
-    QVERIFY(!lost); // at once, before Qt moves it to another screen
+    QTRY_VERIFY(!lost);
     QCOMPARE(cover->visible().size(), 1);
     QCOMPARE(window()->geometry(), left);
     QCOMPARE(cover->keyboard, window());
+    QVERIFY(controller->isShown());
+}
+
+/// Under Wayland Qt may hear of it in the middle of the window's painting, which would go on without a window.
+void tst_OverlayController::aWindowOutlivesTheNewsThatItsScreenGoes()
+{
+    controller->show(review);
+    const QPointer<QWidget> lost = window(1);
+    bool wasThere = false;
+    QObject context;
+    connect(qGuiApp, &QGuiApplication::screenRemoved, &context, [&] { wasThere = lost && lost->isVisible(); });
+    setOffscreenScreens({left});
+    QVERIFY(wasThere);
+    QTRY_VERIFY(!lost);
     QVERIFY(controller->isShown());
 }
 
@@ -233,8 +248,8 @@ void tst_OverlayController::movesToTheNewPrimaryScreen()
     controller->show(review);
     setOffscreenScreens({});
     setOffscreenScreens({right});
-    QTRY_COMPARE(cover->visible().size(), 1);
-    QCOMPARE(window()->geometry(), right);
+    QTRY_VERIFY(window() && window()->geometry() == right);
+    QCOMPARE(cover->visible().size(), 1);
 }
 
 void tst_OverlayController::aScreenAddedLaterIsCoveredWithoutFading()
@@ -254,7 +269,7 @@ void tst_OverlayController::aWindowThatTheDesktopClosesComesBack()
     controller->show(review);
     const QPointer<QWidget> closed = window(0);
     Q_EMIT cover->closed(closed);
-    QVERIFY(!closed);
+    QTRY_VERIFY(!closed);
     QCOMPARE(cover->visible().size(), 1);
     QCOMPARE(cover->keyboard, window(0)); // that of the other screen
     clock->advance(0.2);
@@ -269,7 +284,9 @@ void tst_OverlayController::aDesktopThatClosesEveryWindowHasItsWay()
     QSignalSpy hidden(controller.get(), &OverlayController::hidden);
     int closings = 0;
     for (; controller->meeting() && closings < 100; ++closings) {
-        Q_EMIT cover->closed(window(0));
+        const QPointer<QWidget> closed = window(0);
+        Q_EMIT cover->closed(closed);
+        QTRY_VERIFY(!closed);
         clock->advance(0.2);
     }
     QCOMPARE(closings, 6);
@@ -305,7 +322,7 @@ void tst_OverlayController::theKeyboardIsGivenBackAfterItsScreenIsGone()
     setOffscreenScreens({left});
     controller->hide(false);
     QVERIFY(!cover->keyboard);
-    QCOMPARE(cover->visible().size(), 0);
+    QTRY_COMPARE(cover->visible().size(), 0);
 }
 
 void tst_OverlayController::returnJoinsAndHides_data()

@@ -7,6 +7,8 @@
 #include <layer-shell.h>
 #include <wayland-client.h>
 
+#include <utility>
+
 namespace kelp {
 
 namespace {
@@ -63,13 +65,16 @@ void LayerSurface::setHasKeyboard(bool has)
 void LayerSurface::configure(std::uint32_t serial, const QSize &nativeSize)
 {
     zwlr_layer_surface_v1_ack_configure(m_layerSurface, serial);
-    m_window.resize(QHighDpi::fromNativePixels(nativeSize, m_window.windowHandle()));
-    if (m_isConfigured)
-        return;
-    m_isConfigured = true;
-    // Queued, because showing has Qt talk to the compositor, whose event this still is.
+    // Queued, because both have Qt paint and talk to the compositor, whose event this still is, perhaps in the middle
+    // of painting.
     QMetaObject::invokeMethod(
-        this, [this] { m_window.show(); }, Qt::QueuedConnection);
+        this,
+        [this, nativeSize] {
+            m_window.resize(QHighDpi::fromNativePixels(nativeSize, m_window.windowHandle()));
+            if (!std::exchange(m_isConfigured, true))
+                m_window.show();
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace kelp
