@@ -43,7 +43,7 @@ QList<ChimeSynth::Note> arpeggio()
 std::size_t samplesIn(double seconds)
 {
     const double samples = seconds * sampleRate;
-    if (!(samples > -1 && samples < static_cast<double>(std::numeric_limits<std::uint32_t>::max())))
+    if (!(samples > -1 && samples <= static_cast<double>(mostSamples)))
         qFatal("a chime cannot have %f samples", samples);
     return static_cast<std::size_t>(samples);
 }

@@ -125,13 +125,13 @@ void OverlaySounds::start(const Sound &sound, std::function<void()> failed)
 
 std::shared_ptr<const SoundBytes> OverlaySounds::chime(const QString &name)
 {
-    if (const auto cached = m_cache.value(name))
-        return cached;
     const QList<ChimeSynth::Preset> &presets = ChimeSynth::presets();
     const auto preset =
         std::find_if(presets.begin(), presets.end(), [&](const ChimeSynth::Preset &each) { return each.name == name; });
     if (preset == presets.end())
         return nullptr;
+    if (const auto cached = m_cache.value(name))
+        return cached;
     const auto bytes = std::make_shared<const SoundBytes>(ChimeSynth::wav(*preset));
     if (!bytes->isValid())
         return nullptr;

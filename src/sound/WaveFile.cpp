@@ -18,6 +18,7 @@ constexpr std::uint32_t sampleSize = 2;
 
 /// What follows the first 8 bytes counts, but for the samples themselves.
 constexpr std::uint32_t countedHeader = headerSize - 8;
+static_assert(countedHeader + mostSamples * sampleSize <= std::numeric_limits<std::uint32_t>::max());
 
 class Writer
 {
@@ -67,7 +68,7 @@ double scaleOf(std::span<const double> samples, double peak)
 
 QByteArray waveFile(std::span<const double> samples, double peak)
 {
-    if (samples.size() > (std::numeric_limits<std::uint32_t>::max() - countedHeader) / sampleSize)
+    if (samples.size() > mostSamples)
         qFatal("a sound of %zu samples does not fit into a WAV file", samples.size());
     const auto dataSize = static_cast<std::uint32_t>(samples.size()) * sampleSize;
     QByteArray file(static_cast<qsizetype>(headerSize) + dataSize, Qt::Uninitialized);

@@ -58,7 +58,7 @@ void checkAdopted(const Home &home, const QString &source)
 
 } // namespace
 
-/// The first line is a file's name, the second a choice and a path as the preferences may have them, the rest the file.
+/// The first line is a file's name, and a choice and a path as the preferences may have them; the whole is the file.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static Home home;
@@ -90,6 +90,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     home.sounds.player.plays.clear();
     home.sounds.sounds().playForOverlay();
     FUZZ_EXPECT(home.sounds.player.plays.size() <= 1);
+    for (int fall = 0; fall < 3; ++fall) // where it cannot be played, one other sound is heard instead
+        home.sounds.player.fail();
+    FUZZ_EXPECT(home.sounds.player.plays.size() <= 2);
     home.sounds.sounds().stop();
     home.preferences.set(preference::customSoundPath, precious);
     for (const QString &left : QDir(home.kelp()).entryList(QDir::Files | QDir::Hidden))

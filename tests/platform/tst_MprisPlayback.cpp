@@ -30,6 +30,7 @@ private Q_SLOTS:
     void playsInTheOneThatRuns();
     void playsEvenWhereOpeningIsNotAnswered();
     void startsItAndPlaysWhenItHasComeUp();
+    void playsInTheOneThatAppearsMeanwhile();
     void letsTheBusStartIt();
     void givesUpOnOneThatDoesNotAppear();
     void pausingGivesUpTheStart_data();
@@ -118,6 +119,20 @@ void tst_MprisPlayback::startsItAndPlaysWhenItHasComeUp()
     QCOMPARE(spotify.told(), played);
     QCOMPARE(other.told(), QStringList());
     QCOMPARE(MprisFixture::starts(u"client"_s), 1);
+}
+
+/// Somebody else starts it while a player that hangs keeps Kelp looking.
+void tst_MprisPlayback::playsInTheOneThatAppearsMeanwhile()
+{
+    installSpotify();
+    const FakePlayer &silent = desk->add({u"silent"_s}, {.answers = FakePlayer::Answers::Never});
+    desk->players->playSpotify(uri);
+    QTRY_VERIFY(silent.asked() > 0);
+    const FakePlayer &spotify = desk->add({u"spotify"_s});
+    QTRY_VERIFY((desk->clock.advance(MprisPlayback::settling + 0.1), !spotify.told().isEmpty()));
+    QTRY_COMPARE(spotify.told(), played);
+    desk->settle();
+    QCOMPARE(MprisFixture::starts(u"client"_s), 0);
 }
 
 void tst_MprisPlayback::letsTheBusStartIt()

@@ -169,6 +169,11 @@ void tst_KelpProbe::readsSpotifyLinks()
     QCOMPARE(outcome.status, 0);
     QCOMPARE(outcome.output, "spotify:track:ID\n\n\nspotify:show:ID\n\nspotify:album:a%0Ab\u00e4\n\n");
     QVERIFY(outcome.error.isEmpty());
+    // One line for each, whether or not the last one ends.
+    for (const QByteArray &input : {"spotify:track:ID\n"_ba, "spotify:track:ID"_ba})
+        QCOMPARE(probe({u"spotify-uri"_s}, input).output, "spotify:track:ID\n");
+    QCOMPARE(probe({u"spotify-uri"_s}, "\n").output, "\n");
+    QCOMPARE(probe({u"spotify-uri"_s}, "").output, "");
 }
 
 void tst_KelpProbe::writesTexts_data()

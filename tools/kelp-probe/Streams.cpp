@@ -21,6 +21,8 @@ void readLines(const std::function<bool(const QByteArray &line)> &take)
         return;
     while (!input.atEnd()) {
         QByteArray line = input.readLine();
+        if (line.isEmpty()) // the end of a pipe, which shows only when there is nothing more to read
+            return;
         while (line.endsWith('\n') || line.endsWith('\r'))
             line.chop(1);
         if (!take(line))

@@ -21,6 +21,11 @@ MprisPlayback::MprisPlayback(const QDBusConnection &bus, Clock &clock, const Spo
 
 void MprisPlayback::start()
 {
+    // From the beginning, because it may appear while others still have to be asked. All names, because a player may
+    // add its instance to its name.
+    const QDBusMessage bus = busCall({});
+    m_bus.connect(bus.service(), bus.path(), bus.interface(), u"NameOwnerChanged"_s, this,
+                  SLOT(nameOwnerChanged(QString, QString, QString)));
     auto *survey = new MprisSurvey(m_bus, this);
     connect(survey, &MprisSurvey::found, this, [this](const MprisPlayer &player) {
         if (m_state == State::looking && player.isSpotify())
@@ -36,10 +41,6 @@ void MprisPlayback::start()
 void MprisPlayback::launch()
 {
     m_state = State::starting;
-    // All names, because a player may add its instance to its name.
-    const QDBusMessage bus = busCall({});
-    m_bus.connect(bus.service(), bus.path(), bus.interface(), u"NameOwnerChanged"_s, this,
-                  SLOT(nameOwnerChanged(QString, QString, QString)));
     if (const QString entry = SpotifyPresence::desktopEntry(); !entry.isEmpty())
         desktopApplications::launch(entry);
     else if (m_presence.isActivatable())
@@ -55,7 +56,8 @@ void MprisPlayback::launch()
 
 void MprisPlayback::nameOwnerChanged(const QString &name, const QString &, const QString &newOwner)
 {
-    if (m_state != State::starting || newOwner.isEmpty() || !name.startsWith(MprisPlayer::namePrefix))
+    const bool isAwaited = m_state == State::looking || m_state == State::starting;
+    if (!isAwaited || newOwner.isEmpty() || !name.startsWith(MprisPlayer::namePrefix))
         return;
     const MprisPlayer player{.owner = newOwner, .names = {name.mid(MprisPlayer::namePrefix.size())}};
     if (!player.isNamedSpotify())

@@ -15,6 +15,8 @@ class SpotifyPresence;
 ///     is it there? ── yes ────────────────────────────────────────────────> open ──> play
 ///                  └─ no: start it ──> its name appears ──> 2 s pass ───────┘
 ///
+/// If the name appears while Kelp is still looking, nothing has to be started.
+///
 /// Destroying this gives up, at whichever step.
 class MprisPlayback final : public QObject
 {
