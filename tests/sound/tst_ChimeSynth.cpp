@@ -1,5 +1,6 @@
 #include "sound/ChimeSynth.h"
 
+#include <QProcess>
 #include <QTest>
 #include <QtEndian>
 
@@ -15,6 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype header = 44;
+constexpr const char *renderTooMuch = "render-too-much";
 
 std::vector<int> samplesOf(const QByteArray &wav)
 {
@@ -163,6 +165,7 @@ private Q_SLOTS:
     void strikesOddFiguresExactly_data();
     void strikesOddFiguresExactly();
     void rendersQuickly();
+    void refusesWhatNoFileCanHold();
 };
 
 void tst_ChimeSynth::hasEightPresetsInOrder()
@@ -312,5 +315,26 @@ void tst_ChimeSynth::rendersQuickly()
     QVERIFY(longest < most);
 }
 
-QTEST_GUILESS_MAIN(tst_ChimeSynth)
+/// The program ends before it asks for the memory.
+void tst_ChimeSynth::refusesWhatNoFileCanHold()
+{
+    QProcess render;
+    render.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(renderTooMuch)});
+    QVERIFY(render.waitForFinished());
+    QCOMPARE(render.exitStatus(), QProcess::CrashExit);
+    QVERIFY(render.readAllStandardError().contains("a chime cannot have 21679"));
+}
+
+int main(int argc, char **argv)
+{
+    if (argc == 2 && qstrcmp(argv[1], renderTooMuch) == 0) {
+        // 49,160 s, of which a file holds 48,696.
+        static_cast<void>(ChimeSynth::wav({u"long"_s, ChimeSynth::Voice::bell, {{440, 0, 8193.2, 1}}}));
+        return 0;
+    }
+    const QCoreApplication application(argc, argv);
+    tst_ChimeSynth test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_ChimeSynth.moc"

@@ -5,11 +5,7 @@
 #include "support/FakeClock.h"
 #include "support/RecordedSounds.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QTest>
-
-#include <sys/stat.h>
 
 using namespace kelp;
 using namespace kelp::test;
@@ -61,34 +57,18 @@ private Q_SLOTS:
     void glassStandsInForSpotify_data();
     void glassStandsInForSpotify();
     void playsAndPausesSpotify();
+    void anotherSoundEndsTheSong_data();
+    void anotherSoundEndsTheSong();
+    void aNameOfTheCacheIsNoSound();
     void pausesTheUsersMusic_data();
     void pausesTheUsersMusic();
 
-    void adoptsAFile_data();
-    void adoptsAFile();
-    void adoptsAFileOnceMore();
-    void adoptsItsOwnCopy();
-    void adoptsThoughNobodyWaits();
-    void refusesWhatIsNoSound();
-    void refusesWhatIsNoFile_data();
-    void refusesWhatIsNoFile();
-    void leavesAllAsItWasWhenTheCopyFails_data();
-    void leavesAllAsItWasWhenTheCopyFails();
-    void tellsWhenItsFolderCannotBeMade();
-    void neverDeletesWhatIsNoCopy_data();
-    void neverDeletesWhatIsNoCopy();
-
 private:
     void restart(const QJsonObject &stored);
-    [[nodiscard]] QString makeFile(const QString &name, const QByteArray &content);
-    [[nodiscard]] std::optional<Result<void, SoundError>> adopt(const QString &file);
-    [[nodiscard]] QStringList copies() const;
-    [[nodiscard]] QString stored(const PreferenceKey<QString> &key) const { return preferences->get(key); }
     [[nodiscard]] FakeSoundPlayer &player() const { return recorded->player; }
     [[nodiscard]] OverlaySounds &sounds() const { return recorded->sounds(); }
 
     FakeClock clock{{1761731940.9}};
-    QObject context;
     std::unique_ptr<Preferences> preferences;
     std::unique_ptr<RecordedSounds> recorded;
 };
@@ -289,6 +269,32 @@ void tst_OverlaySounds::playsAndPausesSpotify()
     QCOMPARE(recorded->players.log.size(), 3);
 }
 
+void tst_OverlaySounds::anotherSoundEndsTheSong_data()
+{
+    QTest::addColumn<QString>("next");
+    QTest::newRow("a chime") << u"Bells"_s;
+    QTest::newRow("a system sound") << u"Glass"_s;
+    QTest::newRow("silence") << u"None"_s;
+}
+
+void tst_OverlaySounds::anotherSoundEndsTheSong()
+{
+    QFETCH(QString, next);
+    restart({{u"sound"_s, u"spotify"_s}, {u"spotifyLink"_s, songLink}});
+    recorded->players.hasSpotify = true;
+    sounds().playForOverlay();
+    sounds().play(next);
+    QCOMPARE(recorded->players.log, (QStringList{u"play spotify:track:abc"_s, u"pause Spotify"_s}));
+}
+
+void tst_OverlaySounds::aNameOfTheCacheIsNoSound()
+{
+    sounds().play(u"Glass"_s);
+    QCOMPARE(player().plays.size(), 1);
+    sounds().play(u"system/Glass"_s);
+    QVERIFY(!player().plays.last().sound.bytes);
+}
+
 void tst_OverlaySounds::pausesTheUsersMusic_data()
 {
     QTest::addColumn<bool>("pauseMusic");
@@ -310,185 +316,6 @@ void tst_OverlaySounds::pausesTheUsersMusic()
     QCOMPARE(recorded->players.log, log);
     sounds().stop();
     QCOMPARE(recorded->players.log, log);
-}
-
-QString tst_OverlaySounds::makeFile(const QString &name, const QByteArray &content)
-{
-    const QString path = recorded->folder.filePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("%s cannot be written", qPrintable(path));
-    return path;
-}
-
-/// What the caller is told, if anything.
-std::optional<Result<void, SoundError>> tst_OverlaySounds::adopt(const QString &file)
-{
-    std::optional<Result<void, SoundError>> outcome;
-    const qsizetype imports = player().imports.size();
-    sounds().setCustom(QUrl::fromLocalFile(file), &context,
-                       [&](const Result<void, SoundError> &result) { outcome = result; });
-    if (outcome)
-        qFatal("it was told at once");
-    if (player().imports.size() > imports)
-        player().finishImport();
-    clock.advance(0);
-    return outcome;
-}
-
-QStringList tst_OverlaySounds::copies() const
-{
-    return QDir(recorded->folder.filePath(u"Kelp"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-}
-
-void tst_OverlaySounds::adoptsAFile_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("copy");
-    QTest::addColumn<QString>("display");
-    QTest::newRow("usual") << u"My song.mp3"_s << u"sound-1761731940.mp3"_s << u"My song"_s;
-    QTest::newRow("two dots") << u"a.b.Ogg"_s << u"sound-1761731940.Ogg"_s << u"a.b"_s;
-    QTest::newRow("no extension") << u"noise"_s << u"sound-1761731940.audio"_s << u"noise"_s;
-    QTest::newRow("hidden") << u".noise"_s << u"sound-1761731940.audio"_s << u".noise"_s;
-    QTest::newRow("dot at the end") << u"noise."_s << u"sound-1761731940.audio"_s << u"noise."_s;
-    QTest::newRow("no extension but a dot") << u"1. Satz"_s << u"sound-1761731940.audio"_s << u"1. Satz"_s;
-    QTest::newRow("not of this world") << u"ŝ♫\u202e.wav"_s << u"sound-1761731940.wav"_s << u"ŝ♫\u202e"_s;
-}
-
-void tst_OverlaySounds::adoptsAFile()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, copy);
-    QFETCH(QString, display);
-    const QString original = makeFile(name, "la la la");
-    const auto outcome = adopt(original);
-    QVERIFY(outcome && *outcome);
-    const QString path = recorded->folder.filePath(u"Kelp/"_s + copy);
-    QCOMPARE(stored(preference::customSoundPath), path);
-    QCOMPARE(stored(preference::customSoundName), display);
-    QCOMPARE(copies(), QStringList{copy});
-    QCOMPARE(contentOf(path), "la la la"_ba);
-    QCOMPARE(contentOf(original), "la la la"_ba);
-    QCOMPARE(player().imports, QStringList{original});
-}
-
-void tst_OverlaySounds::adoptsAFileOnceMore()
-{
-    QVERIFY(*adopt(makeFile(u"one.mp3"_s, "1")));
-    clock.advance(60);
-    QVERIFY(*adopt(makeFile(u"two.ogg"_s, "2")));
-    QCOMPARE(copies(), QStringList{u"sound-1761732000.ogg"_s});
-    QCOMPARE(stored(preference::customSoundName), u"two"_s);
-    // Within the same second the new one has the old one's name.
-    QVERIFY(*adopt(makeFile(u"three.ogg"_s, "3")));
-    QCOMPARE(copies(), QStringList{u"sound-1761732000.ogg"_s});
-    QCOMPARE(contentOf(stored(preference::customSoundPath)), "3"_ba);
-}
-
-void tst_OverlaySounds::adoptsItsOwnCopy()
-{
-    QVERIFY(*adopt(makeFile(u"one.mp3"_s, "1")));
-    clock.advance(60);
-    QVERIFY(*adopt(stored(preference::customSoundPath)));
-    QCOMPARE(copies(), QStringList{u"sound-1761732000.mp3"_s});
-    QCOMPARE(contentOf(stored(preference::customSoundPath)), "1"_ba);
-}
-
-void tst_OverlaySounds::adoptsThoughNobodyWaits()
-{
-    auto view = std::make_unique<QObject>();
-    sounds().setCustom(QUrl::fromLocalFile(makeFile(u"one.mp3"_s, "1")), view.get(),
-                       [](const Result<void, SoundError> &) { QFAIL("nobody is there to be told"); });
-    view.reset();
-    player().finishImport();
-    QCOMPARE(stored(preference::customSoundName), u"one"_s);
-}
-
-void tst_OverlaySounds::refusesWhatIsNoSound()
-{
-    QVERIFY(*adopt(makeFile(u"one.mp3"_s, "1")));
-    const QJsonObject before = preferences->values();
-    player().importOutcome = Failure(SoundError{SoundError::Kind::corruptFile});
-    const auto outcome = adopt(makeFile(u"letter.mp3"_s, "Dear Sir"));
-    QVERIFY(outcome && !*outcome);
-    QCOMPARE(outcome->error().kind, SoundError::Kind::corruptFile);
-    QCOMPARE(outcome->error().description(), u"The file couldn’t be opened because it isn’t in the correct format."_s);
-    QCOMPARE(preferences->values(), before);
-    QCOMPARE(copies(), QStringList{u"sound-1761731940.mp3"_s});
-}
-
-void tst_OverlaySounds::refusesWhatIsNoFile_data()
-{
-    QTest::addColumn<QUrl>("url");
-    QTest::newRow("nothing") << QUrl();
-    QTest::newRow("in the net") << QUrl(u"https://example.com/song.mp3"_s);
-    QTest::newRow("data") << QUrl(u"data:audio/wav;base64,UklGRg=="_s);
-}
-
-void tst_OverlaySounds::refusesWhatIsNoFile()
-{
-    QFETCH(QUrl, url);
-    std::optional<Result<void, SoundError>> outcome;
-    sounds().setCustom(url, &context, [&](const Result<void, SoundError> &result) { outcome = result; });
-    clock.advance(0);
-    QVERIFY(outcome && !*outcome);
-    QCOMPARE(outcome->error().kind, SoundError::Kind::corruptFile);
-    QCOMPARE(player().imports.size(), 0);
-    QVERIFY(!preferences->contains(preference::customSoundPath));
-}
-
-void tst_OverlaySounds::leavesAllAsItWasWhenTheCopyFails_data()
-{
-    QTest::addColumn<bool>("atTheEnd");
-    QTest::newRow("while copying") << false;
-    QTest::newRow("while renaming") << true;
-}
-
-void tst_OverlaySounds::leavesAllAsItWasWhenTheCopyFails()
-{
-    QFETCH(bool, atTheEnd);
-    QVERIFY(*adopt(makeFile(u"one.mp3"_s, "1")));
-    const QJsonObject before = preferences->values();
-    clock.advance(60);
-    if (atTheEnd)
-        QVERIFY(QDir().mkdir(recorded->folder.filePath(u"Kelp/sound-1761732000.ogg"_s)));
-    else
-        player().importOutcome = Failure(SoundError{SoundError::Kind::copy});
-    const auto outcome = adopt(makeFile(u"two.ogg"_s, "2"));
-    QVERIFY(outcome && !*outcome);
-    QCOMPARE(outcome->error().kind, SoundError::Kind::copy);
-    QVERIFY(!outcome->error().description().isEmpty());
-    QCOMPARE(preferences->values(), before);
-    QCOMPARE(contentOf(stored(preference::customSoundPath)), "1"_ba);
-    QVERIFY(copies().filter(u".tmp"_s).isEmpty());
-}
-
-void tst_OverlaySounds::tellsWhenItsFolderCannotBeMade()
-{
-    const QString original = makeFile(u"one.mp3"_s, "1");
-    (void)makeFile(u"Kelp"_s, "in the way");
-    const auto outcome = adopt(original);
-    QVERIFY(outcome && !*outcome);
-    QCOMPARE(outcome->error().kind, SoundError::Kind::folder);
-    QVERIFY(!outcome->error().description().isEmpty());
-    QVERIFY(!preferences->contains(preference::customSoundPath));
-}
-
-void tst_OverlaySounds::neverDeletesWhatIsNoCopy_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("somewhere else") << u"sound-precious.mp3"_s;
-    QTest::newRow("another file of ours") << u"Kelp/accounts.json"_s;
-    QTest::newRow("by a detour") << u"Kelp/../sound-precious.mp3"_s;
-}
-
-void tst_OverlaySounds::neverDeletesWhatIsNoCopy()
-{
-    QFETCH(QString, name);
-    QVERIFY(QDir().mkdir(recorded->folder.filePath(u"Kelp"_s)));
-    preferences->set(preference::customSoundPath, makeFile(name, "precious"));
-    QVERIFY(*adopt(makeFile(u"one.mp3"_s, "1")));
-    QCOMPARE(contentOf(recorded->folder.filePath(name)), "precious"_ba);
 }
 
 QTEST_GUILESS_MAIN(tst_OverlaySounds)
