@@ -53,6 +53,15 @@ QString sweptConfiguration()
     return folders::configuration();
 }
 
+/// What of each screen is free for windows, the main one first.
+QList<QRect> freeAreas()
+{
+    QList<QRect> areas;
+    for (const QScreen *screen : QGuiApplication::screens())
+        areas.append(screen->availableGeometry());
+    return areas;
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(Clock &clock, Platform &platform)
@@ -171,10 +180,10 @@ void AppDelegate::showAppearance()
             std::make_unique<AppearanceView>(AppearanceView::Services{m_preferences, m_clock, previewSounds()});
         m_appearanceWindow->onPreview = [this] { testOverlay(); };
         m_appearanceWindow->setMotion(!m_appearance->reducesMotion());
-    }
-    if (!m_appearanceWindow->isVisible()) {
         if (const QScreen *screen = QGuiApplication::primaryScreen())
             m_appearanceWindow->fit(screen->availableGeometry());
+    } else if (!m_appearanceWindow->isVisible()) {
+        m_appearanceWindow->returnTo(freeAreas());
     }
     m_activator->activate(*m_appearanceWindow, {});
 }

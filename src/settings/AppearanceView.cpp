@@ -100,9 +100,25 @@ void AppearanceView::setMotion(bool moves)
 
 void AppearanceView::fit(const QRect &available)
 {
-    const QSize size = usualSize.boundedTo(available.size() - QSize(frameRoom / 2, frameRoom)).expandedTo(leastSize);
-    resize(size);
-    move(available.center() - QRect(QPoint(), size).center());
+    place(usualSize, available);
+}
+
+void AppearanceView::returnTo(const QList<QRect> &screens)
+{
+    const QRect frame = frameGeometry();
+    const QRect edge(frame.topLeft(), QSize(frame.width(), frameRoom)); // it is moved by what lies there
+    const bool isSeen =
+        std::any_of(screens.begin(), screens.end(), [&](const QRect &each) { return each.intersects(edge); });
+    if (!isSeen && !screens.isEmpty())
+        place(size(), screens.first());
+}
+
+void AppearanceView::place(const QSize &size, const QRect &available)
+{
+    const QSize room = available.size() - QSize(frameRoom / 2, frameRoom);
+    const QSize fitting = size.boundedTo(room).expandedTo(leastSize);
+    resize(fitting);
+    move(available.center() - QRect(QPoint(), fitting).center());
 }
 
 void AppearanceView::follow()
