@@ -114,6 +114,7 @@ void SoundOptions::follow()
     const bool hasFile = !m_preferences.get(preference::customSoundPath).isEmpty();
     const QString name = isolated(flattened(m_preferences.get(preference::customSoundName)));
     m_choice->rename(custom, hasFile ? u"File: "_s + name : u"Audio file…"_s);
+    m_choice->setAsks(custom, !hasFile);
     m_choice->show(choice);
     m_play->setEnabled(choice != none);
     m_stop->setEnabled(choice != none);
