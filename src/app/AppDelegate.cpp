@@ -190,8 +190,9 @@ void AppDelegate::showAppearance()
 
 PreviewSounds AppDelegate::previewSounds()
 {
-    return {.play = [this](const QString &choice) { m_sounds.play(choice); },
+    return {.play = [this](const QString &choice) { return m_sounds.play(choice); },
             .stop = [this] { m_sounds.stop(); },
+            .stopTurn = [this](quint64 turn) { m_sounds.stopTurn(turn); },
             .adopt =
                 [this](const QString &path, QObject *context, std::function<void(Result<void, QString>)> done) {
                     m_sounds.setCustom(QUrl::fromLocalFile(path), context,
