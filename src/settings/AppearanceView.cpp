@@ -140,10 +140,11 @@ void AppearanceView::follow()
 OverlayScene AppearanceView::scene(const OverlayTheme &theme, double dim) const
 {
     OverlayScene scene{MeetingContent{m_sample, {}}, theme, OverlayOptions::from(m_services.preferences), {}};
-    scene.background.customDim = std::clamp(dim, 0.0, 1.0);
     scene.background.backdrop = KelpClock::backdrop;
-    if (std::holds_alternative<CustomBackground>(theme.background))
+    if (std::holds_alternative<CustomBackground>(theme.background)) {
         scene.background.customPicture = m_picture->image();
+        scene.background.customDim = std::clamp(dim, 0.0, 1.0);
+    }
     return scene;
 }
 
