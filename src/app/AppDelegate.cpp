@@ -53,6 +53,15 @@ QString sweptConfiguration()
     return folders::configuration();
 }
 
+/// What of each screen is free for windows, the main one first.
+QList<QRect> freeAreas()
+{
+    QList<QRect> areas;
+    for (const QScreen *screen : QGuiApplication::screens())
+        areas.append(screen->availableGeometry());
+    return areas;
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(Clock &clock, Platform &platform)
@@ -171,18 +180,19 @@ void AppDelegate::showAppearance()
             std::make_unique<AppearanceView>(AppearanceView::Services{m_preferences, m_clock, previewSounds()});
         m_appearanceWindow->onPreview = [this] { testOverlay(); };
         m_appearanceWindow->setMotion(!m_appearance->reducesMotion());
-    }
-    if (!m_appearanceWindow->isVisible()) {
         if (const QScreen *screen = QGuiApplication::primaryScreen())
             m_appearanceWindow->fit(screen->availableGeometry());
+    } else if (!m_appearanceWindow->isVisible()) {
+        m_appearanceWindow->returnTo(freeAreas());
     }
     m_activator->activate(*m_appearanceWindow, {});
 }
 
 PreviewSounds AppDelegate::previewSounds()
 {
-    return {.play = [this](const QString &choice) { m_sounds.play(choice); },
+    return {.play = [this](const QString &choice) { return m_sounds.play(choice); },
             .stop = [this] { m_sounds.stop(); },
+            .stopTurn = [this](quint64 turn) { m_sounds.stopTurn(turn); },
             .adopt =
                 [this](const QString &path, QObject *context, std::function<void(Result<void, QString>)> done) {
                     m_sounds.setCustom(QUrl::fromLocalFile(path), context,

@@ -100,9 +100,25 @@ void AppearanceView::setMotion(bool moves)
 
 void AppearanceView::fit(const QRect &available)
 {
-    const QSize size = usualSize.boundedTo(available.size() - QSize(frameRoom / 2, frameRoom)).expandedTo(leastSize);
-    resize(size);
-    move(available.center() - QRect(QPoint(), size).center());
+    place(usualSize, available);
+}
+
+void AppearanceView::returnTo(const QList<QRect> &screens)
+{
+    const QRect frame = frameGeometry();
+    const QRect edge(frame.topLeft(), QSize(frame.width(), frameRoom)); // it is moved by what lies there
+    const bool isSeen =
+        std::any_of(screens.begin(), screens.end(), [&](const QRect &each) { return each.intersects(edge); });
+    if (!isSeen && !screens.isEmpty())
+        place(size(), screens.first());
+}
+
+void AppearanceView::place(const QSize &size, const QRect &available)
+{
+    const QSize room = available.size() - QSize(frameRoom / 2, frameRoom);
+    const QSize fitting = size.boundedTo(room).expandedTo(leastSize);
+    resize(fitting);
+    move(available.center() - QRect(QPoint(), fitting).center());
 }
 
 void AppearanceView::follow()
@@ -124,10 +140,11 @@ void AppearanceView::follow()
 OverlayScene AppearanceView::scene(const OverlayTheme &theme, double dim) const
 {
     OverlayScene scene{MeetingContent{m_sample, {}}, theme, OverlayOptions::from(m_services.preferences), {}};
-    scene.background.customDim = std::clamp(dim, 0.0, 1.0);
     scene.background.backdrop = KelpClock::backdrop;
-    if (std::holds_alternative<CustomBackground>(theme.background))
+    if (std::holds_alternative<CustomBackground>(theme.background)) {
         scene.background.customPicture = m_picture->image();
+        scene.background.customDim = std::clamp(dim, 0.0, 1.0);
+    }
     return scene;
 }
 

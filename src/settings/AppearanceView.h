@@ -47,6 +47,9 @@ public:
     void setMotion(bool moves);
     /// Takes its usual size, in the middle of `available`, or what fits into that.
     void fit(const QRect &available);
+    /// Comes into the middle of the first of `screens` where its upper edge is on none of them: the screen that it was
+    /// on may be gone. Else it stays where it is.
+    void returnTo(const QList<QRect> &screens);
 
     /// What the previews show: a meeting that begins in just under a minute.
     [[nodiscard]] static Meeting sampleMeeting(Instant now);
@@ -63,6 +66,7 @@ private:
     void updatePreview(double dim);
     void updateThumbnails();
     [[nodiscard]] OverlayScene scene(const OverlayTheme &theme, double dim) const;
+    void place(const QSize &size, const QRect &available);
     void pickImage();
     void adoptImage(const QString &path);
 

@@ -13,6 +13,12 @@ using namespace Qt::StringLiterals;
 
 namespace kelp {
 
+namespace {
+
+constexpr int asksRole = Qt::UserRole + 1; // bool, of an item
+
+} // namespace
+
 ChoicePicker::ChoicePicker(const QString &name, QWidget *parent) : QComboBox(parent)
 {
     setAccessibleName(name);
@@ -43,10 +49,32 @@ void ChoicePicker::rename(const QVariant &value, const QString &text)
     setItemText(findData(value), text);
 }
 
+void ChoicePicker::setAsks(const QVariant &value, bool asks)
+{
+    setItemData(findData(value), asks, asksRole);
+}
+
 void ChoicePicker::show(const QVariant &value)
 {
     setCurrentIndex(value.isValid() ? findData(value) : -1);
     setToolTip(currentText().size() > 24 ? currentText() : QString());
+}
+
+void ChoicePicker::setAskingEnabled(bool enabled)
+{
+    const auto *items = static_cast<const QStandardItemModel *>(model());
+    for (int i = 0; i < items->rowCount(); ++i) {
+        if (QStandardItem *item = items->item(i); item->data(asksRole).toBool())
+            item->setEnabled(enabled);
+    }
+}
+
+/// These are the keys of a closed list; an opened one takes its own.
+void ChoicePicker::keyPressEvent(QKeyEvent *event)
+{
+    setAskingEnabled(false); // such items are stepped over
+    QComboBox::keyPressEvent(event);
+    setAskingEnabled(true);
 }
 
 void ChoicePicker::paintEvent(QPaintEvent *)

@@ -17,6 +17,9 @@ public:
     void addSection(const QString &title);
     /// Another text for a choice that is there.
     void rename(const QVariant &value, const QString &text);
+    /// Whether choosing that value asks the user something. Then it is chosen from the opened list only: the keys that
+    /// go from one choice to the next while the list is closed step over it.
+    void setAsks(const QVariant &value, bool asks);
 
     /// Marks that value without a signal.
     void show(const QVariant &value);
@@ -28,8 +31,12 @@ Q_SIGNALS:
     void chosen(const QVariant &value);
 
 protected:
+    void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
+
+private:
+    void setAskingEnabled(bool enabled);
 };
 
 } // namespace kelp

@@ -60,7 +60,7 @@ void SoundOptions::build()
     m_group->addNote(u"Pauses Spotify and Apple Music when the overlay opens."_s);
 
     connect(m_choice, &ChoicePicker::chosen, this, [this](const QVariant &value) { choose(value.toString()); });
-    connect(m_play, &QPushButton::clicked, this, [this] { m_sounds.play(m_preferences.get(preference::sound)); });
+    connect(m_play, &QPushButton::clicked, this, [this] { play(m_preferences.get(preference::sound)); });
     connect(m_stop, &QPushButton::clicked, this, [this] { m_sounds.stop(); });
     connect(m_change, &QPushButton::clicked, this, &SoundOptions::pickSound);
     connect(m_link, &QLineEdit::textEdited, this,
@@ -114,6 +114,7 @@ void SoundOptions::follow()
     const bool hasFile = !m_preferences.get(preference::customSoundPath).isEmpty();
     const QString name = isolated(flattened(m_preferences.get(preference::customSoundName)));
     m_choice->rename(custom, hasFile ? u"File: "_s + name : u"Audio file…"_s);
+    m_choice->setAsks(custom, !hasFile);
     m_choice->show(choice);
     m_play->setEnabled(choice != none);
     m_stop->setEnabled(choice != none);
@@ -153,6 +154,8 @@ void SoundOptions::updateSpotify()
 
 void SoundOptions::choose(const QString &choice)
 {
+    if (choice != custom)
+        m_adopting.reset(); // a file that is still being taken in is no longer wanted
     if (choice == m_preferences.get(preference::sound))
         return;
     if (choice == custom && m_preferences.get(preference::customSoundPath).isEmpty())
@@ -161,7 +164,12 @@ void SoundOptions::choose(const QString &choice)
     if (choice == spotify)
         m_sounds.stop();
     else
-        m_sounds.play(choice);
+        play(choice);
+}
+
+void SoundOptions::play(const QString &choice)
+{
+    m_turn = m_sounds.play(choice);
 }
 
 void SoundOptions::pickSound()
@@ -176,10 +184,12 @@ void SoundOptions::pickSound()
 
 void SoundOptions::adopt(const QString &path)
 {
-    m_sounds.adopt(path, this, [this](const Result<void, QString> &result) {
+    m_adopting = std::make_unique<QObject>();
+    m_sounds.adopt(path, m_adopting.get(), [this](const Result<void, QString> &result) {
         if (result) {
             m_preferences.set(preference::sound, custom);
-            m_sounds.play(custom);
+            if (isVisible()) // it may have taken longer than the user stayed
+                play(custom);
         }
         follow();
         Q_EMIT adopted(result ? QString() : u"Couldn't use that sound: "_s + result.error());
@@ -189,7 +199,8 @@ void SoundOptions::adopt(const QString &path)
 void SoundOptions::settle()
 {
     m_volume->settle();
-    m_sounds.stop();
+    if (m_turn)
+        m_sounds.stopTurn(*std::exchange(m_turn, {}));
 }
 
 void SoundOptions::showEvent(QShowEvent *)

@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QLineEdit;
 class QPushButton;
@@ -29,7 +30,7 @@ public:
 
     /// Shows what is stored.
     void follow();
-    /// Keeps what a drag has not yet kept, and falls silent.
+    /// Keeps what a drag has not yet kept, and stops what is still heard of what was played from here.
     void settle();
 
 Q_SIGNALS:
@@ -45,6 +46,7 @@ private:
     void addPicker();
     void addSpotifyLink();
     void choose(const QString &choice);
+    void play(const QString &choice);
     void pickSound();
     void adopt(const QString &path);
     void updateSpotify();
@@ -62,6 +64,8 @@ private:
     PanelLabel *m_linkNote;
     OptionSlider *m_volume;
     SmallSwitch *m_pauseMusic;
+    std::optional<quint64> m_turn;       ///< of the last sound that was played from here
+    std::unique_ptr<QObject> m_adopting; ///< context of taking in the file that was picked last
     std::unique_ptr<QObject> m_watching; ///< context of looking for Spotify while it matters
 };
 

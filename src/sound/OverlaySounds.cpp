@@ -69,17 +69,25 @@ void OverlaySounds::playForOverlay()
     play(stored.isString() ? stored.toString() : preference::sound.fallback);
 }
 
-void OverlaySounds::play(const std::optional<QString> &name)
+quint64 OverlaySounds::play(const std::optional<QString> &name)
 {
     stop();
+    const quint64 turn = ++m_turn;
     if (name && *name != u"None")
         start(*name);
+    return turn;
 }
 
 void OverlaySounds::stop()
 {
     m_player.stop();
     m_music.stop();
+}
+
+void OverlaySounds::stopTurn(quint64 turn)
+{
+    if (turn == m_turn)
+        stop();
 }
 
 void OverlaySounds::start(const QString &name)
@@ -166,6 +174,7 @@ void OverlaySounds::setCustom(const QUrl &url, QObject *context, Done done)
         if (context)
             done(outcome);
     };
+    const quint64 adoption = ++m_adoption;
     const QString original = url.toLocalFile();
     const auto folder = makePrivateFolder(m_folder);
     if (!folder || original.isEmpty()) {
@@ -176,9 +185,13 @@ void OverlaySounds::setCustom(const QUrl &url, QObject *context, Done done)
     // A name that is swept at the next start, should Kelp end before it is renamed.
     const QString copy =
         m_folder + u"/.kelp-sound-%1.tmp"_s.arg(QString::number(QRandomGenerator::system()->generate64(), 36));
-    m_player.import(original, copy, this, [this, tell, copy, original](const Result<void, SoundError> &outcome) {
-        tell(outcome ? replaceCustom(copy, original) : outcome);
-    });
+    const auto imported = [this, tell, copy, original, adoption](const Result<void, SoundError> &outcome) {
+        if (adoption == m_adoption)
+            tell(outcome ? replaceCustom(copy, original) : outcome);
+        else
+            QFile::remove(copy);
+    };
+    m_player.import(original, copy, this, imported);
 }
 
 Result<void, SoundError> OverlaySounds::replaceCustom(const QString &copy, const QString &original)

@@ -41,14 +41,17 @@ public:
 
     /// An overlay has appeared: pauses the user's music where they want that, and plays the sound that they chose.
     void playForOverlay();
-    /// Stops what is playing and plays the choice `name`; nothing is as "None".
-    void play(const std::optional<QString> &name);
+    /// Stops what is playing and plays the choice `name`; nothing is as "None". Returns the number of this turn.
+    quint64 play(const std::optional<QString> &name);
     /// Stops what is playing, the Spotify item that was started here included.
     void stop();
+    /// Stops what is playing if that is still of this turn.
+    void stopTurn(quint64 turn);
 
     /// Makes a copy of the sound file at `url` the user's own sound, which "customSoundPath" and "customSoundName" then
     /// tell of, in place of the one before. Where that fails, everything stays as it was. `done` is called later,
-    /// unless `context` is destroyed before; the file is adopted all the same.
+    /// unless `context` is destroyed before; the file is adopted all the same. A file that is still being copied when
+    /// the next one comes is not adopted, and nothing more is heard of it.
     void setCustom(const QUrl &url, QObject *context, std::function<void(Result<void, SoundError>)> done);
 
 private:
@@ -68,6 +71,8 @@ private:
     SoundPlayer &m_player;
     OverlayMusic &m_music;
     QString m_folder;
+    quint64 m_turn = 0;                                        ///< of the last play
+    quint64 m_adoption = 0;                                    ///< the last one
     QHash<QString, std::shared_ptr<const SoundBytes>> m_cache; ///< by name, from the first play on
 };
 

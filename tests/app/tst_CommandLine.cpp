@@ -40,6 +40,7 @@ void tst_CommandLine::readsTheArguments_data()
     row("only the first counts", "kelp --snapshot --snapshot x", Mode::snapshot, "--snapshot");
     row("the program's path counts, too", "--snapshot out", Mode::snapshot, "out");
     row("help", "kelp --help", Mode::help);
+    row("help, in short", "kelp -h", Mode::help);
     row("version", "kelp --version", Mode::version);
     row("help within a recording", "kelp --record out --help", Mode::record, "out", {u"--help"_s});
     row("something else", "kelp --verbose file", Mode::application);

@@ -25,9 +25,11 @@ private Q_SLOTS:
     void worksWithTheMouseAlone();
     void worksWithTheKeyboardAlone();
     void takesAPictureFromTheFileDialog();
+    void comesBackWhereItWasPut();
 
 private:
     void openWindow();
+    void openWindowAgain();
     [[nodiscard]] bool coversBothMonitors() const;
 };
 
@@ -57,12 +59,17 @@ void tst_Appearance::openWindow()
 {
     QVERIFY(startKelp());
     QTRY_VERIFY_WITH_TIMEOUT(oneAccount::refreshes(*sandbox) >= 1, soon);
+    openWindowAgain();
+    QCOMPARE(kelp->windows().first().width(), 960);
+}
+
+void tst_Appearance::openWindowAgain()
+{
     QVERIFY(openPanel());
     QVERIFY(person->click(u"Themes, sounds & more"_s));
     QTRY_VERIFY_WITH_TIMEOUT(reader->reads(u"Overlay"_s), soon);
     QTRY_COMPARE(kelp->windows().size(), 1); // the panel has gone
     QTRY_VERIFY(kelp->panelIsActive());      // and this one has the keyboard
-    QCOMPARE(kelp->windows().first().width(), 960);
 }
 
 /// The window lies behind.
@@ -164,6 +171,22 @@ void tst_Appearance::takesAPictureFromTheFileDialog()
     QTRY_COMPARE_WITH_TIMEOUT(preference(u"theme"_s), QJsonValue(u"custom"_s), soon);
     QVERIFY(QFileInfo::exists(preference(u"customImagePath"_s).toString()));
     QTRY_COMPARE(reader->isChecked(u"Your image"_s), std::optional(true));
+}
+
+void tst_Appearance::comesBackWhereItWasPut()
+{
+    openWindow();
+    // Onto the right monitor, and smaller than it came.
+    const int left = PrivateDesktop::monitors().last().left() + 70;
+    desktop.display().run(u"xdotool"_s, {u"getactivewindow"_s, u"windowsize"_s, u"800"_s, u"560"_s, u"windowmove"_s,
+                                         QString::number(left), u"90"_s});
+    QTRY_COMPARE(kelp->windows().first().size(), QSize(800, 560));
+    QTRY_VERIFY(kelp->windows().first().left() >= left);
+    const QList<QRect> put = kelp->windows();
+    person->press({u"ctrl+w"_s});
+    QTRY_COMPARE(kelp->windows().size(), 0);
+    openWindowAgain();
+    QTRY_COMPARE(kelp->windows(), put);
 }
 
 QTEST_GUILESS_MAIN(tst_Appearance)

@@ -8,6 +8,8 @@ shift 2
 what=$(basename "$corpus")
 [ -n "$(ls "$corpus")" ] || { echo "there is nothing in $corpus"; exit 1; }
 
+# Files in memory, where the system has such a place: the disk would be what takes the time.
+[ ! -w /dev/shm ] || export TMPDIR=/dev/shm
 # What the run finds goes to the first folder.
 found=$(mktemp -d)
 trap 'rm -rf "$found"' EXIT

@@ -12,8 +12,11 @@
 #include <QLineEdit>
 #include <QLinearGradient>
 #include <QPainter>
+#include <QPointer>
 #include <QTest>
 #include <QThreadPool>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -22,15 +25,27 @@ namespace kelp::test {
 AppearanceFixture::AppearanceFixture(const QJsonObject &stored) : preferences(stored)
 {
     PreviewSounds sounds;
-    sounds.play = [this](const QString &choice) { heard.append(u"play "_s + choice); };
+    sounds.play = [this](const QString &choice) {
+        heard.append(u"play "_s + choice);
+        return ++turns;
+    };
     sounds.stop = [this] { heard.append(u"stop"_s); };
-    sounds.adopt = [this](const QString &path, QObject *, const std::function<void(Result<void, QString>)> &done) {
+    sounds.stopTurn = [this](quint64 turn) {
+        if (turn == turns)
+            heard.append(u"stop"_s);
+    };
+    sounds.adopt = [this](const QString &path, QObject *context, std::function<void(Result<void, QString>)> done) {
         adoptedSounds.append(path);
-        if (!adoptionError.isEmpty())
-            return done(Failure(adoptionError));
-        preferences.set(preference::customSoundPath, path);
-        preferences.set(preference::customSoundName, QFileInfo(path).completeBaseName());
-        done({});
+        m_adoptions.append([this, path, context = QPointer(context), done = std::move(done)] {
+            if (adoptionError.isEmpty()) {
+                preferences.set(preference::customSoundPath, path);
+                preferences.set(preference::customSoundName, QFileInfo(path).completeBaseName());
+            }
+            if (context)
+                done(adoptionError.isEmpty() ? Result<void, QString>() : Failure(adoptionError));
+        });
+        if (!adoptionTakesTime)
+            m_adoptions.takeFirst()();
     };
     sounds.isSpotifyInstalled = [this] { return hasSpotify; };
     view = std::make_unique<AppearanceView>(AppearanceView::Services{preferences, clock, sounds});
@@ -40,6 +55,13 @@ AppearanceFixture::AppearanceFixture(const QJsonObject &stored) : preferences(st
 AppearanceFixture::~AppearanceFixture()
 {
     view.reset();
+}
+
+void AppearanceFixture::finishAdoption()
+{
+    QVERIFY(!m_adoptions.isEmpty());
+    m_adoptions.takeFirst()();
+    settle();
 }
 
 void AppearanceFixture::open()

@@ -4,9 +4,11 @@
 #include "settings/AppearanceView.h"
 #include "support/FakeClock.h"
 
+#include <QList>
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
 
 class QAbstractButton;
@@ -49,6 +51,9 @@ public:
     /// Picks a file in it, or cancels.
     void answer(const QString &path);
 
+    /// Lets the first sound that is still being adopted be so, where `adoptionTakesTime`.
+    void finishAdoption();
+
     /// A picture file in the test's own folder, its path.
     [[nodiscard]] QString makePicture(const QString &name, const QColor &colour = Qt::darkCyan) const;
     [[nodiscard]] QString path(const QString &name) const { return m_folder.filePath(name); }
@@ -56,7 +61,9 @@ public:
     Preferences preferences;
     FakeClock clock;
     QStringList heard; ///< "play Glass", "stop"
+    quint64 turns = 0; ///< of playing, those of others included
     QString adoptionError;
+    bool adoptionTakesTime = false;
     QStringList adoptedSounds;
     bool hasSpotify = true;
     int previews = 0;
@@ -64,6 +71,7 @@ public:
 
 private:
     QTemporaryDir m_folder;
+    QList<std::function<void()>> m_adoptions;
 };
 
 } // namespace kelp::test

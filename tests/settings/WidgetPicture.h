@@ -5,6 +5,8 @@
 #include <QTest>
 #include <QWidget>
 
+#include <cstdlib>
+
 namespace kelp::test {
 
 /// The widget as it paints itself, magenta where it paints nothing.
@@ -37,6 +39,22 @@ inline void save(const QImage &image, const QString &name)
         }
     }
     return false;
+}
+
+/// How many pixels have that colour, as far as can be seen.
+[[nodiscard]] inline int pixelsLike(const QImage &image, const QColor &colour)
+{
+    constexpr int unseen = 24; // of 765: the sum over red, green and blue
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            const int distance = std::abs(pixel.red() - colour.red()) + std::abs(pixel.green() - colour.green()) +
+                                 std::abs(pixel.blue() - colour.blue());
+            count += distance < unseen ? 1 : 0;
+        }
+    }
+    return count;
 }
 
 } // namespace kelp::test

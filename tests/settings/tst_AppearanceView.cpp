@@ -72,7 +72,6 @@ private Q_SLOTS:
     void explainsTheSpotifyLink_data();
     void explainsTheSpotifyLink();
     void playsAndStopsOnDemand();
-    void fallsSilentWhenHidden();
 
     void previewsFullScreen();
     void showsWhatIsChangedElsewhere();
@@ -648,13 +647,6 @@ void tst_AppearanceView::playsAndStopsOnDemand()
     QCOMPARE(window->heard, (QStringList{u"play Purr"_s, u"stop"_s}));
     QCOMPARE(window->button(u"Play sound"_s)->toolTip(), u"Play sound"_s);
     QCOMPARE(window->button(u"Stop"_s)->toolTip(), u"Stop"_s);
-}
-
-void tst_AppearanceView::fallsSilentWhenHidden()
-{
-    window->open();
-    window->view->close();
-    QCOMPARE(window->heard, QStringList{u"stop"_s});
 }
 
 void tst_AppearanceView::previewsFullScreen()

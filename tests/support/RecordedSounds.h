@@ -43,7 +43,7 @@ public:
         imports.append(file);
         if (importOutcome && !QFile::copy(file, copy))
             qFatal("the file cannot be copied");
-        m_imported = [done, outcome = importOutcome] { done(outcome); };
+        m_imports.append([done, outcome = importOutcome] { done(outcome); });
     }
     void warmUp() override { ++warmUps; }
 
@@ -53,7 +53,8 @@ public:
         if (const auto failed = std::exchange(m_failed, {}))
             failed();
     }
-    void finishImport() { std::exchange(m_imported, {})(); }
+    /// The first of those that are not done.
+    void finishImport() { m_imports.takeFirst()(); }
 
     QList<Play> plays;
     bool isPlaying = false;
@@ -64,7 +65,7 @@ public:
 
 private:
     std::function<void()> m_failed;
-    std::function<void()> m_imported;
+    QList<std::function<void()>> m_imports;
 };
 
 /// Notes what happens to the user's music.
