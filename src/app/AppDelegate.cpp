@@ -114,6 +114,9 @@ void AppDelegate::finishLaunching()
     connect(&m_scheduler, &Scheduler::stateChanged, this, &AppDelegate::updateStatusTitle); // a pause, at once
     connect(m_overlay.get(), &OverlayController::snoozed, this,
             [this](const Meeting &meeting) { m_scheduler.snooze(meeting, snoozeSeconds(m_preferences)); });
+    // Not at once: one overlay may make room for another.
+    connect(m_overlay.get(), &OverlayController::hidden, this,
+            [this] { m_clock.after(0, this, [this] { showAwaitedMainWindow(); }); });
     connect(m_systemEvents.get(), &SystemEvents::wokeUp, &m_scheduler, &Scheduler::refreshAfterWake);
     connect(m_systemEvents.get(), &SystemEvents::networkReturned, &m_scheduler, &Scheduler::refreshAfterWake);
     connect(&m_scheduler, &Scheduler::changed, this, &AppDelegate::prepareOverlay);
@@ -225,7 +228,7 @@ void AppDelegate::testOverlay()
 
 void AppDelegate::toggleMainWindow(const QString &token)
 {
-    if (m_activator->isActive(*m_mainWindow))
+    if (m_mainWindowIsAwaited || m_activator->isActive(*m_mainWindow))
         hideMainWindow();
     else
         showMainWindow(token);
@@ -233,6 +236,9 @@ void AppDelegate::toggleMainWindow(const QString &token)
 
 void AppDelegate::showMainWindow(const QString &token)
 {
+    m_mainWindowIsAwaited = m_overlay->isShown();
+    if (m_mainWindowIsAwaited)
+        return;
     if (!m_mainWindow->isVisible()) {
         m_mainWindow->prepare();
         const QScreen *screen = QGuiApplication::primaryScreen();
@@ -244,7 +250,15 @@ void AppDelegate::showMainWindow(const QString &token)
 
 void AppDelegate::hideMainWindow()
 {
-    m_mainWindow->hide();
+    m_mainWindowIsAwaited = false;
+    if (m_mainWindow->isVisible())
+        m_mainWindow->close();
+}
+
+void AppDelegate::showAwaitedMainWindow()
+{
+    if (m_mainWindowIsAwaited)
+        showMainWindow();
 }
 
 void AppDelegate::prepareOverlay()

@@ -50,7 +50,8 @@ public:
 
     /// The launch sequence.
     void finishLaunching();
-    /// Hides the panel where the user is looking at it, else brings it to the front.
+    /// Hides the panel where the user is looking at it, else brings it to the front. While an overlay is shown, which
+    /// keeps the keyboard, the panel comes once that has gone, unless it is toggled again before.
     /// `token` is the right to raise a window that was handed over, if any.
     void toggleMainWindow(const QString &token = {});
 
@@ -64,6 +65,7 @@ private:
     void makeMainWindow();
     void showMainWindow(const QString &token = {});
     void hideMainWindow();
+    void showAwaitedMainWindow();
     void prepareOverlay();
     [[nodiscard]] bool onDue(const Meeting &meeting);
     void signIn();
@@ -93,6 +95,7 @@ private:
     OverlaySounds m_sounds;
     std::unique_ptr<OverlayController> m_overlay;
     std::unique_ptr<SettingsView> m_mainWindow;
+    bool m_mainWindowIsAwaited = false;                 ///< it comes when the overlay has gone
     std::unique_ptr<AppearanceView> m_appearanceWindow; ///< once it was opened
     std::unique_ptr<RecentLoss> m_panelLoss;
     std::unique_ptr<StatusItem> m_statusItem;

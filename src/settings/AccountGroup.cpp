@@ -45,6 +45,8 @@ AccountGroup::AccountGroup(const QString &email, QWidget *parent) : RowGroup(par
         const double way = spring.position(seconds.toDouble());
         m_chevron->turn(90 * (m_header->isExpanded() ? way : 1 - way));
     });
+    // The spring only comes very near to where it rests.
+    connect(&m_turn, &QVariantAnimation::finished, this, [this] { m_chevron->turn(m_header->isExpanded() ? 90 : 0); });
 }
 
 void AccountGroup::makeHeader()

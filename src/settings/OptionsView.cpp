@@ -79,8 +79,8 @@ HoverRow *OptionsView::makeAppearanceRow()
     auto *frame = new QWidget(row);
     frame->setFixedSize(20, 20);
     frame->setAttribute(Qt::WA_TransparentForMouseEvents);
-    auto *symbol = new SymbolView(u"paintpalette-fill"_s, 14, Ink::Accent, frame);
-    symbol->move(3, 3);
+    auto *symbol = new SymbolView(u"paintpalette-fill"_s, 11, Ink::Accent, frame);
+    symbol->move(4, 4);
     auto *text = new PanelLabel(13, QFont::Normal, Ink::Primary, row);
     text->setText(u"Themes, sounds & more"_s);
     text->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -110,7 +110,7 @@ void OptionsView::setLaunchAtLogin(bool on)
 {
     const auto done = m_loginItem.setEnabled(on);
     m_launchAtLogin->reflect(m_loginItem.isEnabled());
-    Q_EMIT loginItemChanged(done ? QString() : u"Launch at login: "_s + done.error());
+    Q_EMIT loginItemChanged(done ? QString() : done.error());
 }
 
 } // namespace kelp

@@ -17,6 +17,7 @@
 
 #include <QEvent>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
 #include <QScreen>
 #include <QScrollArea>
@@ -104,7 +105,7 @@ void SettingsView::connectViews()
     connect(m_banner, &PausedBanner::resumed, this, [this] { m_services.scheduler.setPausedUntil({}); });
     connect(m_upNext, &UpNextView::joined, this, [this](const Meeting &meeting) { meeting.join(m_services.opener); });
     connect(m_options, &OptionsView::appearanceRequested, this, [this] { onAppearance(); });
-    connect(m_options, &OptionsView::loginItemChanged, this, &SettingsView::setError);
+    connect(m_options, &OptionsView::loginItemChanged, this, &SettingsView::tellOfLoginItem);
     connect(m_calendars, &CalendarsView::expansionToggled, this, [this](const QString &email) {
         if (!m_expanded.remove(email))
             m_expanded.insert(email);
@@ -144,6 +145,15 @@ void SettingsView::startSignIn()
 {
     setError({});
     Q_EMIT signInRequested();
+}
+
+void SettingsView::tellOfLoginItem(const QString &error)
+{
+    static const QString topic = u"Launch at login: "_s;
+    if (!error.isEmpty())
+        setError(topic + error);
+    else if (m_ownError.startsWith(topic)) // any other error is still true
+        setError({});
 }
 
 void SettingsView::answerRemoval(const QString &email, bool remove)
@@ -241,20 +251,29 @@ void SettingsView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
     m_ticking = std::make_unique<QObject>();
-    if (!event->spontaneous())
+    if (!event->spontaneous() && !focusWidget())
         setFocus(); // of the panel itself: the ring comes with the first Tab
     tick();
+}
+
+void SettingsView::closeEvent(QCloseEvent *event)
+{
+    QWidget::closeEvent(event);
+    m_ownError.clear();
+    m_expanded.clear();
+    m_confirmingRemoval.reset();
+    m_scroll->verticalScrollBar()->setValue(0);
+    if (QWidget *focused = focusWidget())
+        focused->clearFocus();
 }
 
 void SettingsView::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
     m_ticking.reset();
-    if (event->spontaneous())
-        return;
-    m_expanded.clear();
-    m_confirmingRemoval.reset();
-    m_scroll->verticalScrollBar()->setValue(0);
+    // Windows of their own: left alone, they would stay, and keep the mouse and the keyboard to themselves.
+    for (QMenu *menu : findChildren<QMenu *>())
+        menu->close();
 }
 
 void SettingsView::keyPressEvent(QKeyEvent *event)

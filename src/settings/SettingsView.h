@@ -28,7 +28,9 @@ class UrlOpener;
 /// Kelp's panel: a column of 320 points that tells what comes next and holds what can be switched. Without an account
 /// it only offers to sign in.
 ///
-/// It follows what it shows by signals, and once a second while it is open; while it is closed it does nothing.
+/// It follows what it shows by signals, and once a second while it is open; while it is closed it does nothing. Closing
+/// it (`close`) forgets what was opened and said in it; merely hidden, as to be shown above other windows, it stays as
+/// it is.
 class SettingsView : public QWidget
 {
     Q_OBJECT
@@ -64,6 +66,7 @@ Q_SIGNALS:
     void signInRequested();
 
 protected:
+    void closeEvent(QCloseEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
@@ -80,6 +83,7 @@ private:
     [[nodiscard]] bool updateCalendars();
     void updateError();
     void startSignIn();
+    void tellOfLoginItem(const QString &error);
     void answerRemoval(const QString &email, bool remove);
     void fit();
 

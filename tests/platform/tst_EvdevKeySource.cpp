@@ -4,10 +4,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <linux/input.h>
 #include <sys/stat.h>
 
 using namespace kelp;
@@ -26,8 +28,43 @@ private Q_SLOTS:
     void looksAgainWhenTheFolderChanges();
     void looksAgainOnlyOnceForAStormOfChanges();
     void doesNotPollTheFolder();
+    void hearsAKeyboardAsSoonAsItMayBeRead();
+    void hearsTheRestWhenAKeyboardGoes();
 
 private:
+    /// Keyboards of which a test decides whether they may be read, and what is typed on them.
+    struct FakeKeyboards
+    {
+        [[nodiscard]] EvdevKeySource::Open opener()
+        {
+            return [this](const QString &path, const EvdevKeyboard::Take &take, const std::function<void()> &lost) {
+                if (!readable.contains(QFileInfo(path).fileName()))
+                    return std::shared_ptr<void>();
+                takers.insert(QFileInfo(path).fileName(), take);
+                losers.insert(QFileInfo(path).fileName(), lost);
+                return std::shared_ptr<void>(std::make_shared<int>());
+            };
+        }
+        /// At that second of the kernel's clock.
+        void type(const QString &keyboard, int key, int second) const
+        {
+            for (const int value : {1, 0}) {
+                input_event event{};
+                event.input_event_sec = second;
+                event.type = EV_KEY;
+                event.code = static_cast<quint16>(key);
+                event.value = value;
+                takers[keyboard](event);
+            }
+        }
+
+        QSet<QString> readable;
+        QHash<QString, EvdevKeyboard::Take> takers;
+        QHash<QString, std::function<void()>> losers;
+    };
+
+    void addDevice(const QString &name) const;
+
     std::unique_ptr<QTemporaryDir> folder;
 };
 
@@ -111,6 +148,61 @@ void tst_EvdevKeySource::doesNotPollTheFolder()
     source.start();
     clock.advance(3600);
     QCOMPARE(clock.wakeUps(), 0);
+}
+
+void tst_EvdevKeySource::addDevice(const QString &name) const
+{
+    QFile file(folder->filePath(name));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+}
+
+void tst_EvdevKeySource::hearsAKeyboardAsSoonAsItMayBeRead()
+{
+    test::FakeClock clock;
+    FakeKeyboards keyboards;
+    addDevice(u"event0"_s);
+    EvdevKeySource source(clock, folder->path(), keyboards.opener());
+    const QSignalSpy changed(&source, &KeySource::seesAllChanged);
+    const QSignalSpy pressed(&source, &KeySource::pressed);
+    source.start();
+    QVERIFY(!source.seesAll());
+    // The user is granted the right to read it, while Kelp runs.
+    keyboards.readable.insert(u"event0"_s);
+    QVERIFY(QFile::setPermissions(folder->filePath(u"event0"_s), QFile::ReadOwner));
+    const auto looked = [&] {
+        clock.advance(1);
+        return source.seesAll();
+    };
+    QTRY_VERIFY(looked());
+    QCOMPARE(changed.size(), 1);
+    keyboards.type(u"event0"_s, KEY_SLASH, 7);
+    QCOMPARE(pressed.size(), 1);
+    const auto key = pressed.first().first().value<KeyPress>();
+    QCOMPARE(key.text, u"/"_s);
+    QCOMPARE(key.time, 7.0);
+    QVERIFY(!key.isRepeat);
+}
+
+void tst_EvdevKeySource::hearsTheRestWhenAKeyboardGoes()
+{
+    test::FakeClock clock;
+    FakeKeyboards keyboards;
+    addDevice(u"event0"_s);
+    addDevice(u"event1"_s);
+    keyboards.readable = {u"event0"_s, u"event1"_s};
+    EvdevKeySource source(clock, folder->path(), keyboards.opener());
+    const QSignalSpy changed(&source, &KeySource::seesAllChanged);
+    const QSignalSpy pressed(&source, &KeySource::pressed);
+    source.start();
+    QCOMPARE(changed.size(), 1);
+    keyboards.losers[u"event0"_s]();
+    QCoreApplication::processEvents();
+    QVERIFY(source.seesAll());
+    keyboards.type(u"event1"_s, KEY_SLASH, 8);
+    QCOMPARE(pressed.size(), 1);
+    keyboards.losers[u"event1"_s]();
+    QTRY_VERIFY(!source.seesAll());
+    QCOMPARE(changed.size(), 2);
 }
 
 QTEST_GUILESS_MAIN(tst_EvdevKeySource)

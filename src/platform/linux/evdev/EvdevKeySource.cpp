@@ -2,7 +2,6 @@
 
 #include "base/Clock.h"
 #include "base/Logging.h"
-#include "platform/linux/evdev/EvdevKeyboard.h"
 #include "platform/linux/wayland/WaylandKeymap.h"
 
 #include <QDir>
@@ -23,8 +22,8 @@ constexpr double settling = 0.2;    ///< seconds that a new device takes to get 
 
 } // namespace
 
-EvdevKeySource::EvdevKeySource(Clock &clock, QString folder, QObject *parent)
-    : KeySource(parent), m_clock(clock), m_folder(std::move(folder))
+EvdevKeySource::EvdevKeySource(Clock &clock, QString folder, Open open, QObject *parent)
+    : KeySource(parent), m_clock(clock), m_folder(std::move(folder)), m_open(std::move(open))
 {
     m_translator.followModifiers();
 }
@@ -58,7 +57,7 @@ void EvdevKeySource::look()
         const QString path = m_folder + u'/' + name;
         if (m_keyboards.contains(path))
             continue;
-        const auto keyboard = EvdevKeyboard::open(
+        const auto keyboard = m_open(
             path, [this](const input_event &event) { take(event); },
             // Not while it is being read.
             [this, path] {

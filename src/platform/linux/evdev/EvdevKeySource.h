@@ -2,18 +2,17 @@
 
 #include "platform/KeySource.h"
 #include "platform/linux/KeyTranslator.h"
+#include "platform/linux/evdev/EvdevKeyboard.h"
 
 #include <QHash>
 
 #include <memory>
 
 class QFileSystemWatcher;
-struct input_event;
 
 namespace kelp {
 
 class Clock;
-class EvdevKeyboard;
 
 /// The keys of the keyboards that the kernel knows, for desktops that do not tell of them. That takes the right to read
 /// the devices, which most users do not have; devices that come, and rights that are granted later, are taken up
@@ -23,7 +22,13 @@ class EvdevKeySource final : public KeySource
     Q_OBJECT
 
 public:
-    explicit EvdevKeySource(Clock &clock, QString folder = QStringLiteral("/dev/input"), QObject *parent = nullptr);
+    /// Begins to read a device, as EvdevKeyboard::open does. What it hands out ends that when it goes; null where there
+    /// is nothing to be read.
+    using Open =
+        std::function<std::shared_ptr<void>(const QString &path, EvdevKeyboard::Take take, std::function<void()> lost)>;
+
+    explicit EvdevKeySource(Clock &clock, QString folder = QStringLiteral("/dev/input"),
+                            Open open = EvdevKeyboard::open, QObject *parent = nullptr);
     ~EvdevKeySource() override;
 
     void start() override;
@@ -38,9 +43,10 @@ private:
 
     Clock &m_clock;
     QString m_folder;
+    Open m_open;
     QFileSystemWatcher *m_watcher = nullptr;
     bool m_willLook = false;
-    QHash<QString, std::shared_ptr<EvdevKeyboard>> m_keyboards; ///< by the path of the device
+    QHash<QString, std::shared_ptr<void>> m_keyboards; ///< by the path of the device
     KeyTranslator m_translator;
     bool m_hasKeymap = false;
 };
