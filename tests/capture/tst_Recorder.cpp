@@ -1,6 +1,7 @@
 #include "base/Clock.h"
 #include "capture/CaptureProcess.h"
 #include "capture/ClipFile.h"
+#include "capture/ClipFrames.h"
 #include "capture/Progress.h"
 #include "capture/Recorder.h"
 
@@ -59,30 +60,6 @@ QByteArray digest(const QImage &image)
     return QCryptographicHash::hash(
         QByteArrayView(reinterpret_cast<const char *>(image.constBits()), image.sizeInBytes()),
         QCryptographicHash::Sha256);
-}
-
-QImage blank()
-{
-    QImage image(Recorder::pixels, QImage::Format_RGB32);
-    image.setDevicePixelRatio(Recorder::density);
-    return image;
-}
-
-QImage frameOf(const Recorder::Frame &frame, double t)
-{
-    QImage image = blank();
-    QPainter painter(&image);
-    frame(painter, t);
-    return image;
-}
-
-Recorder::Clip clipNamed(const QString &name)
-{
-    for (const Recorder::Clip &clip : Recorder::clips({})) {
-        if (clip.name == name)
-            return clip;
-    }
-    return {};
 }
 
 QStringList filesIn(const QString &folder)
@@ -219,8 +196,8 @@ void tst_Recorder::drawsTheSameFramesOnEveryRun()
     QFETCH(QString, name);
     const Recorder::Frame first = clipNamed(name).frames();
     const Recorder::Frame second = clipNamed(name).frames();
-    QImage one = blank();
-    QImage other = blank();
+    QImage one = blankFrame();
+    QImage other = blankFrame();
     QSet<QByteArray> different;
     for (const double t : {0.0, 1.5, 2.2, 2.7, 5.0, 7.2, 7.9}) {
         QPainter painter(&one);
