@@ -4,7 +4,9 @@
 #include "capture/ClipFrames.h"
 #include "capture/Progress.h"
 #include "capture/Recorder.h"
+#include "capture/SocialPicture.h"
 
+#include <QBuffer>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QPainter>
@@ -28,6 +30,7 @@ private Q_SLOTS:
     void coloursComeBackAsTheyWere_data();
     void coloursComeBackAsTheyWere();
     void thePosterIsTheFrameOfItsTime();
+    void thePosterIsOfTheQualityOfPictures();
     void aFrameThatDoesNotChangeIsShownAgain();
     void drawsTheSameFramesOnEveryRun_data();
     void drawsTheSameFramesOnEveryRun();
@@ -60,6 +63,15 @@ QByteArray digest(const QImage &image)
     return QCryptographicHash::hash(
         QByteArrayView(reinterpret_cast<const char *>(image.constBits()), image.sizeInBytes()),
         QCryptographicHash::Sha256);
+}
+
+/// What a file of that picture holds.
+QByteArray jpegOf(const QImage &image, int quality)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "jpg", quality);
+    return bytes;
 }
 
 QStringList filesIn(const QString &folder)
@@ -166,6 +178,13 @@ void tst_Recorder::thePosterIsTheFrameOfItsTime()
              QByteArray::number(found).constData());
 }
 
+void tst_Recorder::thePosterIsOfTheQualityOfPictures()
+{
+    const QImage frame = frameOf(shortClip({}).frames(), poster);
+    QVERIFY(jpegOf(frame, 82) != jpegOf(frame, 81));
+    QVERIFY(contentOf(folder() + u"/short.jpg"_s) == jpegOf(frame, 82));
+}
+
 void tst_Recorder::aFrameThatDoesNotChangeIsShownAgain()
 {
     const Recorder::Clip clip{u"still"_s, 0.5, 0.2, [] {
@@ -235,8 +254,7 @@ void tst_Recorder::writesTheSocialPictureAlone()
     QCOMPARE(result.status, 0);
     QCOMPARE(result.output, QString());
     QCOMPARE(filesIn(target), QStringList{u"og.jpg"_s});
-    const QImage picture(target + u"/og.jpg"_s);
-    QCOMPARE(picture.size(), QSize(1200, 630));
+    QVERIFY(contentOf(target + u"/og.jpg"_s) == jpegOf(socialPicture(), 82));
     QVERIFY(!QFileInfo::exists(home + u"/.config/Kelp"_s));
 }
 
