@@ -1,5 +1,6 @@
 #include "capture/DesktopScene.h"
 
+#include "capture/DesktopTags.h"
 #include "capture/MockWindows.h"
 #include "capture/Wallpaper.h"
 #include "ui/Element.h"
@@ -24,6 +25,11 @@ Element barText(const QString &words, QFont::Weight weight = QFont::Medium)
     return text(words).font(designFont(FontDesign::Default, 13, weight)).colour(barInk);
 }
 
+Element barSymbol(const QString &name, double height)
+{
+    return tagged(name, symbol(name, height, barInk));
+}
+
 /// Half the bar: what stands at one end of it.
 Element barHalf(Qt::Alignment alignment, double spacing, std::vector<Element> items)
 {
@@ -38,9 +44,11 @@ Element menuBar()
         menus.push_back(barText(QString::fromLatin1(name)));
     const Element left = barHalf(Qt::AlignLeft, 20, std::move(menus));
     const Element right = barHalf(Qt::AlignRight, 15,
-                                  {symbol(u"wifi"_s, 16, barInk), symbol(u"battery-75"_s, 21, barInk),
-                                   symbol(u"calendar-clock"_s, 16, barInk), barText(u"Wed 29 Oct  9:59"_s)});
-    return filled(Shape::rectangle(), QColor(255, 255, 255, 178), horizontal(0, {left, right}));
+                                  {barSymbol(u"wifi"_s, 16), barSymbol(u"battery-75"_s, 21),
+                                   barSymbol(u"calendar-clock"_s, 16), barText(u"Wed 29 Oct  9:59"_s)});
+    return layered({filled(Shape::rectangle(), QColor(255, 255, 255, 178),
+                           tagged(desktopTag::menuBar, space(DesktopScene::size.width(), barHeight))),
+                    horizontal(0, {left, right})});
 }
 
 Element tile(const std::array<float, 3> &rgb, const QString &sign)
@@ -53,7 +61,7 @@ Element tile(const std::array<float, 3> &rgb, const QString &sign)
                                sign.isEmpty() ? space(0, 0) : symbol(sign, 26, QColor(255, 255, 255, 235)));
     return glowing(5, QColor(0, 20, 40, 70),
                    outlined(Shape::rounded(12), QPen(QColor(255, 255, 255, 60), 1), -0.5,
-                            filled(Shape::rounded(12), light, face)));
+                            filled(Shape::rounded(12), light, tagged(desktopTag::tile, face))));
 }
 
 Element dock()
@@ -101,7 +109,7 @@ void DesktopScene::paint(QPainter &painter, const QString &typed, bool caret) co
 
 void DesktopScene::paintNote(QPainter &painter, const QString &typed, bool caret) const
 {
-    const QRectF line = m_arrangement.frameOf(noteTag).value_or(QRectF());
+    const QRectF line = m_arrangement.frameOf(desktopTag::note).value_or(QRectF());
     const Arrangement note = mockNote(typed, caret).arrange(line.width());
     painter.save();
     painter.translate(line.topLeft());

@@ -40,6 +40,9 @@ public:
     /// All of it at that density.
     [[nodiscard]] QImage picture(double density, const QString &typed = {}) const;
 
+    /// What is where, as the tags of the mock desktop name it.
+    [[nodiscard]] const Arrangement &arrangement() const { return m_arrangement; }
+
 private:
     void paintNote(QPainter &painter, const QString &typed, bool caret) const;
 

@@ -48,7 +48,7 @@ Element rule(double width)
     return filled(Shape::rectangle(), line, space(width, 1));
 }
 
-Element window(const QString &title, const QSizeF &size, const Element &content)
+Element window(const QString &tag, const QString &title, const QSizeF &size, const Element &content)
 {
     const Element lights =
         horizontal(8, {disc(12, QColor(255, 95, 87)), disc(12, QColor(254, 188, 46)), disc(12, QColor(40, 200, 64))});
@@ -62,8 +62,9 @@ Element window(const QString &title, const QSizeF &size, const Element &content)
     const Element shadow =
         padded({8, 22, 8, 0}, glowing(44, QColor(6, 24, 44, 190),
                                       filled(Shape::rounded(12), paper, space(size.width() - 16, size.height() - 22))));
-    return layered({shadow, outlined(Shape::rounded(12), QPen(QColor(10, 30, 50, 46), 1), 0.5,
-                                     filled(Shape::rounded(12), paper, inside))});
+    return layered({shadow, tagged(tag, space(size.width(), size.height())),
+                    outlined(Shape::rounded(12), QPen(QColor(10, 30, 50, 46), 1), 0.5,
+                             filled(Shape::rounded(12), paper, inside))});
 }
 
 Element heading(const QString &title)
@@ -127,8 +128,8 @@ Element mockRoadmap()
             milestone(u"November"_s, u"Beta with twenty teams"_s, 0.42, blue),
             milestone(u"December"_s, u"Release"_s, 0.12, QColor(140, 110, 230)), heading(u"Notes"_s),
             words(u"Keep it calm: fewer screens, larger type, no red badges."_s, 15),
-            tagged(noteTag, space(pageWidth, noteHeight))});
-    return window(u"Q4 roadmap.md"_s, roadmapSize, padded({pageMargin, 34, pageMargin, 0}, page));
+            tagged(desktopTag::note, space(pageWidth, noteHeight))});
+    return window(desktopTag::roadmap, u"Q4 roadmap.md"_s, roadmapSize, padded({pageMargin, 34, pageMargin, 0}, page));
 }
 
 Element mockNote(const QString &typed, bool caret)
@@ -155,7 +156,7 @@ Element mockInbox()
             rows.push_back(padded({84, 0, 0, 0}, rule(inboxSize.width() - 84)));
         rows.push_back(row(mail));
     }
-    return window(u"Inbox"_s, inboxSize, padded({0, 4, 0, 0}, leading(0, std::move(rows))));
+    return window(desktopTag::inbox, u"Inbox"_s, inboxSize, padded({0, 4, 0, 0}, leading(0, std::move(rows))));
 }
 
 } // namespace kelp

@@ -1,5 +1,6 @@
 #include "capture/CaptureProcess.h"
 
+#include <QFile>
 #include <QProcess>
 
 using namespace Qt::StringLiterals;
@@ -36,6 +37,12 @@ CaptureResult runKelp(const QStringList &arguments, const QProcessEnvironment &e
         return {};
     return {kelp.exitCode(), QString::fromUtf8(kelp.readAllStandardOutput()),
             QString::fromUtf8(kelp.readAllStandardError())};
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace kelp

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
@@ -20,5 +21,8 @@ struct CaptureResult
 
 /// Runs `kelp` with these arguments and waits until it has ended.
 [[nodiscard]] CaptureResult runKelp(const QStringList &arguments, const QProcessEnvironment &environment);
+
+/// What a file holds; nothing where it cannot be read.
+[[nodiscard]] QByteArray contentOf(const QString &path);
 
 } // namespace kelp

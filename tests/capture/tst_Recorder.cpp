@@ -1,9 +1,12 @@
 #include "base/Clock.h"
 #include "capture/CaptureProcess.h"
 #include "capture/ClipFile.h"
+#include "capture/ClipFrames.h"
 #include "capture/Progress.h"
 #include "capture/Recorder.h"
+#include "capture/SocialPicture.h"
 
+#include <QBuffer>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QPainter>
@@ -27,6 +30,7 @@ private Q_SLOTS:
     void coloursComeBackAsTheyWere_data();
     void coloursComeBackAsTheyWere();
     void thePosterIsTheFrameOfItsTime();
+    void thePosterIsOfTheQualityOfPictures();
     void aFrameThatDoesNotChangeIsShownAgain();
     void drawsTheSameFramesOnEveryRun_data();
     void drawsTheSameFramesOnEveryRun();
@@ -61,28 +65,13 @@ QByteArray digest(const QImage &image)
         QCryptographicHash::Sha256);
 }
 
-QImage blank()
+/// What a file of that picture holds.
+QByteArray jpegOf(const QImage &image, int quality)
 {
-    QImage image(Recorder::pixels, QImage::Format_RGB32);
-    image.setDevicePixelRatio(Recorder::density);
-    return image;
-}
-
-QImage frameOf(const Recorder::Frame &frame, double t)
-{
-    QImage image = blank();
-    QPainter painter(&image);
-    frame(painter, t);
-    return image;
-}
-
-Recorder::Clip clipNamed(const QString &name)
-{
-    for (const Recorder::Clip &clip : Recorder::clips({})) {
-        if (clip.name == name)
-            return clip;
-    }
-    return {};
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "jpg", quality);
+    return bytes;
 }
 
 QStringList filesIn(const QString &folder)
@@ -189,6 +178,13 @@ void tst_Recorder::thePosterIsTheFrameOfItsTime()
              QByteArray::number(found).constData());
 }
 
+void tst_Recorder::thePosterIsOfTheQualityOfPictures()
+{
+    const QImage frame = frameOf(shortClip({}).frames(), poster);
+    QVERIFY(jpegOf(frame, 82) != jpegOf(frame, 81));
+    QVERIFY(contentOf(folder() + u"/short.jpg"_s) == jpegOf(frame, 82));
+}
+
 void tst_Recorder::aFrameThatDoesNotChangeIsShownAgain()
 {
     const Recorder::Clip clip{u"still"_s, 0.5, 0.2, [] {
@@ -219,8 +215,8 @@ void tst_Recorder::drawsTheSameFramesOnEveryRun()
     QFETCH(QString, name);
     const Recorder::Frame first = clipNamed(name).frames();
     const Recorder::Frame second = clipNamed(name).frames();
-    QImage one = blank();
-    QImage other = blank();
+    QImage one = blankFrame();
+    QImage other = blankFrame();
     QSet<QByteArray> different;
     for (const double t : {0.0, 1.5, 2.2, 2.7, 5.0, 7.2, 7.9}) {
         QPainter painter(&one);
@@ -258,8 +254,7 @@ void tst_Recorder::writesTheSocialPictureAlone()
     QCOMPARE(result.status, 0);
     QCOMPARE(result.output, QString());
     QCOMPARE(filesIn(target), QStringList{u"og.jpg"_s});
-    const QImage picture(target + u"/og.jpg"_s);
-    QCOMPARE(picture.size(), QSize(1200, 630));
+    QVERIFY(contentOf(target + u"/og.jpg"_s) == jpegOf(socialPicture(), 82));
     QVERIFY(!QFileInfo::exists(home + u"/.config/Kelp"_s));
 }
 
