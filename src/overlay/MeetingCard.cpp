@@ -101,8 +101,12 @@ Element MeetingCard::ring(Instant now) const
 
 Element MeetingCard::title() const
 {
-    Text words =
-        text(meeting.title).font(designFont(theme.font, 60, theme.titleWeight)).colour(theme.text).lines(3).shrink(0.5);
+    Text words = text(meeting.title)
+                     .font(designFont(theme.font, 60, theme.titleWeight))
+                     .colour(theme.text)
+                     .lines(3)
+                     .shrink(0.5)
+                     .height(titleHeight);
     if (theme.cursor)
         words = words.cursor(theme.accent);
     return glowing(22, faded(theme.accent, theme.glow ? 0.55 : 0), words);

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <limits>
 #include <optional>
 
 namespace kelp {
@@ -19,6 +20,8 @@ struct MeetingCard
     std::optional<Meeting> previous;
     OverlayTheme theme;
     OverlayOptions options;
+    /// Where the screen is low, the title shrinks to take no more than that, as far as it may; in points.
+    double titleHeight = std::numeric_limits<double>::infinity();
 
     /// "Starts in 4:05", "Starting now", "Started 1:30 ago".
     [[nodiscard]] static QString countdown(Instant start, Instant now);
@@ -31,13 +34,13 @@ struct MeetingCard
     [[nodiscard]] double untilNextWords(Instant now) const;
     /// "10:00 – 10:30  ·  5 people  ·  Work"
     [[nodiscard]] QString details() const;
+    [[nodiscard]] Element title() const;
     [[nodiscard]] Element element(Instant now, const ButtonStates &buttons) const;
 
 private:
     [[nodiscard]] QStringList detailItems() const;
     [[nodiscard]] Element pill(Instant now) const;
     [[nodiscard]] Element ring(Instant now) const;
-    [[nodiscard]] Element title() const;
     [[nodiscard]] Element buttonRow(const ButtonStates &buttons) const;
     [[nodiscard]] Element previousRow(const ButtonState &joinButton) const;
     [[nodiscard]] Element hint() const;

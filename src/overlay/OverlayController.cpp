@@ -199,7 +199,7 @@ void OverlayController::snooze()
 /// Brings the cards up to date and comes back when one of them looks different.
 void OverlayController::tick()
 {
-    const Instant now = m_clock.now();
+    const Instant now = KelpClock::shown(m_clock.now());
     double wait = std::numeric_limits<double>::infinity();
     for (const OverlayWindow *window : m_windows) {
         if (OverlayView *view = window->view()) {
@@ -245,7 +245,7 @@ void OverlayController::cover(QScreen &screen)
     OverlayScene scene = m_showing->scene;
     if (std::holds_alternative<BlurBackground>(scene.theme.background))
         scene.background.backdrop = m_cover.smallPicture(screen);
-    auto view = std::make_unique<OverlayView>(std::move(scene), m_clock.now());
+    auto view = std::make_unique<OverlayView>(std::move(scene), KelpClock::shown(m_clock.now()));
     view->setMotion(m_moves);
     connectView(*view);
     animate(*view, screen);

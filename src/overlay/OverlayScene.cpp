@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace kelp {
 
@@ -15,6 +16,26 @@ namespace {
 
 constexpr double widestCard = 1000;
 constexpr double sideMargin = 48;
+
+/// Where the card is still too high, the title makes room first.
+Arrangement withLowerTitle(MeetingCard card, const Arrangement &tooHigh, const QSizeF &room, Instant now,
+                           const ButtonStates &buttons)
+{
+    const double title = card.title().arrange(room.width()).size().height();
+    card.titleHeight = title - (tooHigh.size().height() - room.height());
+    return card.element(now, buttons).arrange(room.width());
+}
+
+/// The whole card smaller, where it is too high for its room.
+Arrangement fitted(Arrangement card, const QSizeF &room)
+{
+    if (card.size().height() <= room.height())
+        return card;
+    const double factor = room.height() / card.size().height();
+    Arrangement result(card.size() * factor);
+    result.addChild(card, QTransform::fromScale(factor, factor));
+    return result;
+}
 
 } // namespace
 
@@ -39,10 +60,15 @@ double OverlayScene::untilNextCountdown(Instant now) const
 
 Arrangement OverlayScene::card(const QSizeF &size, Instant now, const ButtonStates &buttons) const
 {
-    const double room = std::max(1.0, std::min(widestCard, size.width() - 2 * sideMargin));
-    if (const auto card = meetingCard())
-        return card->element(now, buttons).arrange(room);
-    return WelcomeCard{std::get<WelcomeContent>(content), theme}.element(now, buttons).arrange(room);
+    const QSizeF room(std::clamp(size.width() - 2 * sideMargin, 1.0, widestCard),
+                      std::max(1.0, size.height() - 2 * bleed));
+    const auto reminder = meetingCard();
+    Arrangement card =
+        reminder ? reminder->element(now, buttons).arrange(room.width())
+                 : WelcomeCard{std::get<WelcomeContent>(content), theme}.element(now, buttons).arrange(room.width());
+    if (reminder && card.size().height() > room.height())
+        card = withLowerTitle(*reminder, card, room, now, buttons);
+    return fitted(std::move(card), room);
 }
 
 QPointF OverlayScene::cardPosition(const QSizeF &size, const Arrangement &card)

@@ -22,7 +22,8 @@ struct OverlayScene
     OverlayOptions options;
     BackgroundOptions background{};
 
-    /// The card, laid out for a view of `size` logical points.
+    /// The card, laid out for a view of `size` logical points. Where that is low, the title shrinks first, and then all
+    /// of it.
     [[nodiscard]] Arrangement card(const QSizeF &size, Instant now, const ButtonStates &buttons) const;
     /// What the card's countdown says; a card that says something else has to be laid out again. Empty without one.
     [[nodiscard]] QString countdown(Instant now) const;

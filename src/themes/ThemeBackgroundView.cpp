@@ -62,11 +62,11 @@ void copyPixels(QPainter &painter, QImage *target, const QImage &source, const Q
         std::memcpy(target->scanLine(y) + left, source.constScanLine(y) + left, bytes);
 }
 
-/// What is drawn where a picture is missing or cannot be read: the accent at 35 %, fading to black. It changes by a
+/// What stands for a picture that is missing or cannot be read: the accent at 35 %, fading to black. It changes by a
 /// shade only every few rows, so a pattern spreads what lies between two shades.
 QImage missingPicture(const QSize &pixels, const QColor &accent)
 {
-    QImage image(pixels, QImage::Format_RGB32);
+    QImage image(pixels.expandedTo({2, 2}), QImage::Format_RGB32);
     for (int y = 0; y < image.height(); ++y) {
         const double part = 0.35 * (1 - (y + 0.5) / image.height());
         const auto fine = [&](float channel) { return static_cast<int>(std::lround(channel * part * 255 * 128)); };
@@ -80,6 +80,14 @@ QImage missingPicture(const QSize &pixels, const QColor &accent)
             line[x] = qRgb((red + more) >> 7, (green + more) >> 7, (blue + more) >> 7);
         }
     }
+    return image;
+}
+
+/// What is seen until the picture comes.
+QImage black()
+{
+    QImage image(2, 2, QImage::Format_RGB32);
+    image.fill(Qt::black);
     return image;
 }
 
@@ -130,10 +138,8 @@ void ThemeBackgroundView::paint(QPainter &painter, const QSizeF &size, Instant s
     }
     if (isPictured())
         paintPicture(painter, density, shown, wanted);
-    else if (std::holds_alternative<SolidBackground>(m_theme.background) || isBlurred())
-        paintGlow(painter, density, shown, wanted);
     else
-        paintBase(painter, size, density);
+        paintGlow(painter, density, shown, wanted);
     if (m_layer) {
         painter.save();
         clipToPixels(painter, wanted, density);
@@ -153,7 +159,7 @@ QRectF ThemeBackgroundView::movingPart(const QSizeF &size) const
 {
     if (!m_options.live || !m_options.animate)
         return {};
-    const bool hasPicture = m_pixels.isEmpty() || m_options.pictureComes || !m_picture.isNull();
+    const bool hasPicture = m_pixels.isEmpty() || m_options.pictureComes || m_hasPicture;
     if (std::holds_alternative<ImageBackground>(m_theme.background) && hasPicture)
         return {QPointF(), size};
     return m_layer ? m_layer->movingPart(size) : QRectF();
@@ -187,11 +193,10 @@ QImage ThemeBackgroundView::picture() const
 /// Whether each frame is put together from its layers; otherwise it is painted once and copied.
 bool ThemeBackgroundView::isComposed() const
 {
-    return m_layer || isBlurred() ||
-           (!m_picture.isNull() && std::holds_alternative<ImageBackground>(m_theme.background));
+    return m_layer || isBlurred() || (m_hasPicture && std::holds_alternative<ImageBackground>(m_theme.background));
 }
 
-/// Whether there is a picture under the layers.
+/// Whether there is a picture under the layers, or what stands for it.
 bool ThemeBackgroundView::isPictured() const
 {
     return !m_picture.isNull();
@@ -203,28 +208,38 @@ bool ThemeBackgroundView::isBlurred() const
     return std::holds_alternative<BlurBackground>(m_theme.background) && !m_options.backdrop.isNull();
 }
 
-/// Makes what only depends on the size.
+/// Makes what only depends on the size, in pixels and in points.
 void ThemeBackgroundView::prepare(const QSize &pixels, double density)
 {
-    if (m_pixels == pixels)
+    if (m_pixels == pixels && m_density == density)
         return;
     m_pixels = pixels;
+    m_density = density;
     m_softTime.reset();
     m_layerStill = {};
     m_canvas = {};
     m_still = {};
-    m_picture = picture();
-    if (!m_picture.isNull())
-        m_picture = PictureLayer::fitted(m_picture, pixels);
     m_shade.prepare(pixels);
+    preparePicture();
     if (const auto *solid = std::get_if<SolidBackground>(&m_theme.background)) {
         m_shade.fill(SoftPixel::opaque(solid->colour));
     } else if (isBlurred()) {
         Backdrop::soften(m_shade, m_options.backdrop, pixels, density);
-    } else if (!m_picture.isNull()) {
+    } else if (m_hasPicture) {
         const auto *image = std::get_if<ImageBackground>(&m_theme.background);
         PictureLayer::addShade(m_shade, image ? image->dim : m_options.customDim);
     }
+}
+
+void ThemeBackgroundView::preparePicture()
+{
+    m_picture = picture();
+    m_hasPicture = !m_picture.isNull();
+    if (m_hasPicture)
+        m_picture = PictureLayer::fitted(m_picture, m_pixels);
+    else if (std::holds_alternative<ImageBackground>(m_theme.background) ||
+             std::holds_alternative<CustomBackground>(m_theme.background))
+        m_picture = m_options.pictureComes ? black() : missingPicture(m_pixels, m_theme.accent);
 }
 
 void ThemeBackgroundView::softenAt(double t)
@@ -255,7 +270,8 @@ void ThemeBackgroundView::paintPicture(QPainter &painter, double density, Instan
         if (m_canvas.size() != m_pixels)
             m_canvas = QImage(m_pixels, QImage::Format_RGB32);
         softenAt(m_layer ? m_layer->time(step) : 0);
-        const Drift moved = std::holds_alternative<ImageBackground>(m_theme.background) ? Drift::at(drift) : Drift();
+        const bool drifts = m_hasPicture && std::holds_alternative<ImageBackground>(m_theme.background);
+        const Drift moved = drifts ? Drift::at(drift) : Drift();
         const QRect view = QRectF(QPointF(), QSizeF(m_pixels) / density).toAlignedRect();
         const bool isWhole = part.boundingRect().contains(view) && part.rectCount() == 1;
         PictureLayer::paint(m_canvas, isWhole ? target : nullptr, m_picture, moved, m_soft);
@@ -333,10 +349,6 @@ void ThemeBackgroundView::paintBase(QPainter &painter, const QSizeF &size, doubl
         painter.fillRect(QRectF(QPointF(), size), solid->colour);
         if (solid->grain)
             GrainLayer::paint(painter, size);
-    } else if (m_options.pictureComes) {
-        painter.fillRect(QRectF(QPointF(), size), Qt::black);
-    } else if (m_picture.isNull()) {
-        painter.drawImage(QRectF(QPointF(), QSizeF(m_pixels) / density), missingPicture(m_pixels, m_theme.accent));
     } else {
         QImage image(m_pixels, QImage::Format_RGB32);
         PictureLayer::paint(image, nullptr, m_picture, Drift(), m_shade);

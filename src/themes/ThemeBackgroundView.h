@@ -58,6 +58,7 @@ private:
     [[nodiscard]] bool isComposed() const;
     [[nodiscard]] bool isBlurred() const;
     void prepare(const QSize &pixels, double density);
+    void preparePicture();
     [[nodiscard]] bool isPictured() const;
     [[nodiscard]] Instant pictureTime(Instant shown) const;
     void paintPicture(QPainter &painter, double density, Instant shown, const QRegion &part);
@@ -72,8 +73,10 @@ private:
     std::optional<AnimatedLayer> m_layer;
     std::optional<QImage> m_given; ///< by setPicture
 
-    QSize m_pixels;    ///< what the following was made for
-    QImage m_picture;  ///< of a theme with one, in a size fit for drawing
+    QSize m_pixels;       ///< what the following was made for
+    double m_density = 0; ///< and pixels per point
+    QImage m_picture;     ///< of a theme with one, or what stands for it, in a size fit for drawing
+    bool m_hasPicture = false;
     SoftImage m_shade; ///< what lies under the animated layer and does not change
     SoftImage m_soft;  ///< m_shade with the layer over it
     std::optional<double> m_softTime;

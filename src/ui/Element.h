@@ -7,6 +7,7 @@
 #include <QMarginsF>
 #include <QPen>
 
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -54,6 +55,8 @@ public:
     [[nodiscard]] Text lines(int count) const;
     /// Before it is cut, the text shrinks down to this part of its size (0…1).
     [[nodiscard]] Text shrink(double least) const;
+    /// It shrinks, as far as it may, before it is higher than that; it is never cut for it.
+    [[nodiscard]] Text height(double most) const;
     /// Every digit takes the same room, so that a running figure stands still. One line, never cut.
     [[nodiscard]] Text fixedDigits() const;
     /// A cursor in this colour follows the last letter and blinks. Not said aloud.
@@ -67,6 +70,7 @@ public:
         QColor colour = Qt::black;
         int lines = 1;
         double shrink = 1;
+        double height = std::numeric_limits<double>::infinity();
         bool fixedDigits = false;
         std::optional<QColor> cursor = {};
     };

@@ -31,15 +31,15 @@ private:
     [[nodiscard]] Arrangement arrangeLines(double maxWidth) const
     {
         const QString whole = m_style.cursor ? m_text + cursorSign : m_text;
-        FittedText fitted = fitText(whole, m_style.font, maxWidth, m_style.lines, m_style.shrink);
+        FittedText fitted = fitText(whole, m_style.font, maxWidth, m_style.lines, m_style.shrink, m_style.height);
         const QFontMetricsF metrics(fitted.font);
-        const double lineHeight = std::ceil(metrics.height());
-        Arrangement result(QSizeF(std::ceil(fitted.width), lineHeight * static_cast<double>(fitted.lines.size())));
+        Arrangement result(
+            QSizeF(std::ceil(fitted.width), fitted.lineHeight * static_cast<double>(fitted.lines.size())));
         const double cursorWidth = takeCursor(fitted) ? metrics.horizontalAdvance(cursorSign) : 0;
         std::vector<QPointF> starts;
         for (const QString &line : fitted.lines) {
             starts.emplace_back((result.size().width() - metrics.horizontalAdvance(line)) / 2,
-                                metrics.ascent() + lineHeight * static_cast<double>(starts.size()));
+                                metrics.ascent() + fitted.lineHeight * static_cast<double>(starts.size()));
         }
         if (cursorWidth > 0) {
             // A sign without a direction stands where the text ends: on the left of one that runs from right to left.
@@ -169,6 +169,13 @@ Text Text::shrink(double least) const
 {
     Text copy = *this;
     copy.m_style.shrink = least;
+    return copy;
+}
+
+Text Text::height(double most) const
+{
+    Text copy = *this;
+    copy.m_style.height = most;
     return copy;
 }
 

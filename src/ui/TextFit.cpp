@@ -68,19 +68,29 @@ QFont sized(QFont font, int size)
     return font;
 }
 
-/// The greatest size at which the text fits unbroken.
-std::optional<int> fittingSize(const QString &text, const QFont &font, double width, int maxLines, double shrink,
-                               bool rightToLeft)
+double lineHeight(const QFont &font)
 {
+    return std::ceil(QFontMetricsF(font).height());
+}
+
+/// The greatest size at which the text fits unbroken, and into `height` if there is any.
+std::optional<int> fittingSize(const QString &text, const QFont &font, double width, int maxLines, double shrink,
+                               double height, bool rightToLeft)
+{
+    const auto fitsAt = [&](int size) {
+        const double lines = std::floor(height / lineHeight(sized(font, size)));
+        return lines >= 1 &&
+               fits(text, sized(font, size), width, static_cast<int>(std::min<double>(lines, maxLines)), rightToLeft);
+    };
     int most = font.pixelSize();
     int least = std::clamp(static_cast<int>(std::ceil(most * shrink)), 1, most);
-    if (fits(text, font, width, maxLines, rightToLeft))
+    if (fitsAt(most))
         return most;
     if (!fits(text, sized(font, least), width, maxLines, rightToLeft))
         return {};
     while (most - least > 1) {
         const int middle = (least + most) / 2;
-        (fits(text, sized(font, middle), width, maxLines, rightToLeft) ? least : most) = middle;
+        (fitsAt(middle) ? least : most) = middle;
     }
     return least;
 }
@@ -109,11 +119,11 @@ QStringList cutLines(const QString &text, const QFont &font, double width, int m
 
 } // namespace
 
-FittedText fitText(const QString &text, const QFont &font, double width, int maxLines, double shrink)
+FittedText fitText(const QString &text, const QFont &font, double width, int maxLines, double shrink, double height)
 {
     FittedText result;
     result.rightToLeft = text.isRightToLeft();
-    const std::optional<int> size = fittingSize(text, font, width, maxLines, shrink, result.rightToLeft);
+    const std::optional<int> size = fittingSize(text, font, width, maxLines, shrink, height, result.rightToLeft);
     if (size) {
         result.font = sized(font, *size);
         const auto broken = breakLines(text, result.font, width, maxLines, result.rightToLeft, Breaking::BetweenWords);
@@ -123,6 +133,7 @@ FittedText fitText(const QString &text, const QFont &font, double width, int max
         result.font = sized(font, std::max(1, static_cast<int>(std::ceil(font.pixelSize() * shrink))));
         result.lines = cutLines(text, result.font, width, maxLines, result.rightToLeft);
     }
+    result.lineHeight = lineHeight(result.font);
     const QFontMetricsF metrics(result.font);
     for (const QString &line : result.lines)
         result.width = std::max(result.width, metrics.horizontalAdvance(line));

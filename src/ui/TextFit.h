@@ -3,6 +3,8 @@
 #include <QFont>
 #include <QStringList>
 
+#include <limits>
+
 namespace kelp {
 
 /// A text broken into lines at the size at which it fits.
@@ -11,12 +13,14 @@ struct FittedText
     QFont font;
     QStringList lines; ///< the last one ends with an ellipsis where the text was cut
     double width = 0;  ///< of the widest line
+    double lineHeight = 0;
     bool rightToLeft = false;
 };
 
 /// Finds the greatest size, from that of `font` down to `shrink` times it, at which `text` takes at most `maxLines`
-/// lines of `width`; only where the smallest size is still too large, words are broken and then the last line is cut.
-/// Lines are made about equally long.
-[[nodiscard]] FittedText fitText(const QString &text, const QFont &font, double width, int maxLines, double shrink);
+/// lines of `width`, and no more than `height` where the smallest size can do with that; only where the smallest size
+/// is still too wide, words are broken and then the last line is cut. Lines are made about equally long.
+[[nodiscard]] FittedText fitText(const QString &text, const QFont &font, double width, int maxLines, double shrink,
+                                 double height = std::numeric_limits<double>::infinity());
 
 } // namespace kelp

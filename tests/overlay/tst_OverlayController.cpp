@@ -1,18 +1,9 @@
 #include "overlay/OverlayController.h"
 
-#include "overlay/OverlayView.h"
-#include "preferences/Preferences.h"
-#include "support/FakeClock.h"
-#include "support/FakeScreenCover.h"
-#include "support/FakeUrlOpener.h"
-#include "support/OffscreenScreens.h"
-#include "support/RecordedSounds.h"
-#include "support/SampleMeetings.h"
+#include "overlay/OverlayFixture.h"
 #include "themes/ThemeImages.h"
 
-#include <QAbstractButton>
 #include <QApplication>
-#include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -26,16 +17,17 @@ using namespace Qt::StringLiterals;
 
 Q_DECLARE_METATYPE(kelp::Meeting)
 
-class tst_OverlayController : public QObject
+class tst_OverlayController : public QObject, OverlayFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { setUp(); }
+    void cleanup() { tearDown(); }
 
     void coversEveryScreenExactly();
     void coversOnlyThePrimaryScreenWhenAsked();
+    void anUnknownChoiceOfScreensMeansAll();
     void givesTheKeyboardToTheScreenInUse();
     void coversAScreenThatIsAdded();
     void uncoversAScreenThatIsRemovedAndHandsTheKeyboardOn();
@@ -73,6 +65,7 @@ private Q_SLOTS:
     void showsWhileTheOldOneFadesOut();
     void theCountdownRunsWithTheClock();
     void theCountdownFollowsAJumpOfTheClock();
+    void anotherTimeCanBeShown();
     void theRingRunsWithTheClock();
     void theRingDrainsBetweenTheSeconds();
     void aScreenAddedLaterCountsDownToo();
@@ -94,63 +87,17 @@ private Q_SLOTS:
     void nothingIsDecodedAnyMoreOnceHidden();
 
 private:
-    [[nodiscard]] QWidget *window(int index = 0) const { return cover->visible().value(index); }
-    [[nodiscard]] QAbstractButton *button(const QString &label) const;
-    [[nodiscard]] QStringList texts() const;
     static bool press(QObject *receiver, Qt::Key key, bool isRepeat = false, quint32 code = 0);
     static void release(QObject *receiver, Qt::Key key, quint32 code);
-
-    std::unique_ptr<FakeClock> clock;
-    std::unique_ptr<Preferences> preferences;
-    std::unique_ptr<FakeUrlOpener> opener;
-    std::unique_ptr<FakeScreenCover> cover;
-    std::unique_ptr<RecordedSounds> sounds;
-    std::unique_ptr<OverlayController> controller;
 };
 
 namespace {
-
-const QRect left(0, 0, 1280, 720);
-const QRect right(1280, 0, 1920, 1080);
 
 const OverlayContent review = MeetingContent{sample::designReview(), sample::budgetPlanning()};
 const OverlayContent reviewWithoutLink = MeetingContent{sample::withoutLink(sample::designReview()), {}};
 const OverlayContent welcome = WelcomeContent{u"ada@example.com"_s, 2, {}};
 
 } // namespace
-
-void tst_OverlayController::init()
-{
-    setOffscreenScreens({left, right});
-    clock = std::make_unique<FakeClock>(sample::ten - 60);
-    preferences = std::make_unique<Preferences>();
-    opener = std::make_unique<FakeUrlOpener>();
-    cover = std::make_unique<FakeScreenCover>();
-    sounds = std::make_unique<RecordedSounds>(*preferences, *clock);
-    controller = std::make_unique<OverlayController>(*preferences, *clock, *opener, *cover, sounds->sounds());
-}
-
-void tst_OverlayController::cleanup()
-{
-    controller.reset();
-    cover.reset();
-}
-
-QAbstractButton *tst_OverlayController::button(const QString &label) const
-{
-    const auto buttons = window()->findChildren<QAbstractButton *>();
-    const auto found = std::find_if(buttons.begin(), buttons.end(),
-                                    [&](const QAbstractButton *each) { return each->accessibleName() == label; });
-    return found == buttons.end() ? nullptr : *found;
-}
-
-QStringList tst_OverlayController::texts() const
-{
-    QStringList result;
-    for (const QLabel *label : window()->findChildren<QLabel *>())
-        result.append(label->text());
-    return result;
-}
 
 /// Whether the overlay consumed it.
 bool tst_OverlayController::press(QObject *receiver, Qt::Key key, bool isRepeat, quint32 code)
@@ -185,6 +132,13 @@ void tst_OverlayController::coversOnlyThePrimaryScreenWhenAsked()
     controller->show(review);
     QCOMPARE(cover->visible().size(), 1);
     QCOMPARE(window()->geometry(), QGuiApplication::screens().constFirst()->geometry());
+}
+
+void tst_OverlayController::anUnknownChoiceOfScreensMeansAll()
+{
+    preferences->set(preference::displays, u"Primary"_s);
+    controller->show(review);
+    QCOMPARE(cover->visible().size(), 2);
 }
 
 void tst_OverlayController::givesTheKeyboardToTheScreenInUse()
@@ -579,6 +533,21 @@ void tst_OverlayController::theCountdownFollowsAJumpOfTheClock()
     clock->jump(sample::ten + 600);
     clock->advance(1.1);
     QCOMPARE(texts().constFirst(), u"Started 10:01 ago"_s);
+}
+
+void tst_OverlayController::anotherTimeCanBeShown()
+{
+    KelpClock::override = sample::ten - 120;
+    controller->show(review);
+    QCOMPARE(texts().constFirst(), u"Starts in 2:00"_s);
+    clock->advance(5);
+    QCOMPARE(texts().constFirst(), u"Starts in 2:00"_s);
+    KelpClock::override = sample::ten + 90;
+    clock->advance(1.1);
+    QCOMPARE(texts().constFirst(), u"Started 1:30 ago"_s);
+    KelpClock::override.reset();
+    clock->advance(1.1);
+    QCOMPARE(texts().constFirst(), u"Starts in 0:53"_s);
 }
 
 void tst_OverlayController::theRingRunsWithTheClock()

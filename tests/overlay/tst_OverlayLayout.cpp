@@ -19,6 +19,7 @@ class tst_OverlayLayout : public QObject
 private Q_SLOTS:
     void nothingOverlapsOrLeavesTheScreen_data();
     void nothingOverlapsOrLeavesTheScreen();
+    void onALowScreenTheTitleShrinksFirst();
     void picturesAreAlikeOnEveryDensity_data();
     void picturesAreAlikeOnEveryDensity();
 };
@@ -55,8 +56,8 @@ OverlayScene sceneOf(const QString &title, const QString &theme, bool ring, bool
 void tst_OverlayLayout::nothingOverlapsOrLeavesTheScreen_data()
 {
     QTest::addColumn<QSize>("size");
-    for (const QSize size : {QSize(1280, 720), QSize(1366, 768), QSize(1440, 900), QSize(3440, 1440), QSize(3840, 2160),
-                             QSize(1080, 1920)})
+    for (const QSize size : {QSize(911, 512), QSize(960, 540), QSize(800, 600), QSize(1280, 720), QSize(1366, 768),
+                             QSize(1440, 900), QSize(3440, 1440), QSize(3840, 2160), QSize(1080, 1920)})
         QTest::addRow("%dx%d", size.width(), size.height()) << size;
 }
 
@@ -89,6 +90,30 @@ void tst_OverlayLayout::nothingOverlapsOrLeavesTheScreen()
             }
         }
     }
+}
+
+void tst_OverlayLayout::onALowScreenTheTitleShrinksFirst()
+{
+    const OverlayScene scene =
+        sceneOf(u"Interview: Senior Engineer, Platform & Reliability (second round)"_s, u"midnight"_s, true, true);
+    const auto cardAt = [&](double height) { return scene.card({1280, height}, sample::ten - 47, {}); };
+    const auto title = [](const Arrangement &card) { return card.texts().front().frame.size(); };
+    const auto button = [](const Arrangement &card) { return card.frameOf(tag::join)->size(); };
+    const Arrangement whole = cardAt(1000);
+    const double enough = whole.size().height() + 2 * OverlayScene::bleed;
+    QCOMPARE(cardAt(enough).size(), whole.size());
+    const Arrangement lower = cardAt(enough - 20);
+    QVERIFY(title(lower).height() <= title(whole).height() - 20);
+    QVERIFY(title(lower).height() >= title(whole).height() / 2 - 2);
+    QCOMPARE(button(lower), button(whole));
+    QCOMPARE(lower.frameOf(tag::countdown)->size(), QSizeF(210, 210));
+    QVERIFY(lower.size().height() <= enough - 20 - 2 * OverlayScene::bleed);
+    // Then all of it, in proportion.
+    const Arrangement low = cardAt(400);
+    QCOMPARE(low.size().height(), 400 - 2 * OverlayScene::bleed);
+    const double factor = button(low).width() / button(whole).width();
+    QVERIFY(factor < 0.8);
+    QCOMPARE(low.frameOf(tag::countdown)->size(), QSizeF(210, 210) * factor);
 }
 
 void tst_OverlayLayout::picturesAreAlikeOnEveryDensity_data()

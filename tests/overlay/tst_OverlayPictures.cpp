@@ -130,6 +130,10 @@ void tst_OverlayPictures::staysWithinTheScreenAndKeepsItsMargins_data()
     };
     withRing("ring 1440x900", {1440, 900}, 1, OverlayTheme::midnight(), withPrevious);
     withRing("ring 1280x720", {1280, 720}, 1, OverlayTheme::midnight(), withPrevious);
+    withRing("ring 960x540", {960, 540}, 2, OverlayTheme::midnight(), withPrevious);
+    withRing("ring 911x512", {911, 512}, 1.5, sample::glowing(),
+             MeetingContent{titled(designReview(), u"Interview: Senior Engineer, Platform & Reliability"_s),
+                            sample::budgetPlanning()});
     withRing("ring 3840x2160", {1920, 1080}, 2, OverlayTheme::midnight(), review);
     withRing("glowing ring 1440x900", {1440, 900}, 1, sample::glowing(), withPrevious);
     withRing("glowing ring 1280x720", {1280, 720}, 1, sample::glowing(), withPrevious);

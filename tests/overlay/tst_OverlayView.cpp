@@ -1,6 +1,7 @@
 #include "overlay/OverlayView.h"
 
 #include "overlay/CardButton.h"
+#include "overlay/CardTags.h"
 #include "support/SampleMeetings.h"
 
 #include <QAccessible>
@@ -25,6 +26,7 @@ private Q_SLOTS:
     void aScreenReaderCanPressAButton();
     void tabGoesThroughTheButtonsInOrder();
     void hoverAndPressShowInTheirStates();
+    void onALowScreenButtonsAreWhereTheyAreSeen();
     void comesUpWithMotion();
     void comesUpOutOfABlur();
     void repaintsOnlyWhatMoves();
@@ -118,6 +120,46 @@ void tst_OverlayView::hoverAndPressShowInTheirStates()
     QCoreApplication::sendEvent(button, &leave);
     QCOMPARE(button->state(), ButtonState{});
     QCOMPARE(picture(), atRest);
+}
+
+void tst_OverlayView::onALowScreenButtonsAreWhereTheyAreSeen()
+{
+    const OverlayScene scene{MeetingContent{sample::designReview(), sample::budgetPlanning()},
+                             OverlayTheme::midnight(),
+                             {.ringCountdown = true}};
+    const Instant now = sample::ten - 60;
+    const QSize size(911, 512);
+    view = std::make_unique<OverlayView>(scene, now);
+    view->resize(size);
+    view->show();
+    const Arrangement card = scene.card(size, now, {});
+    const QPointF position = OverlayScene::cardPosition(size, card);
+    const auto buttons = view->findChildren<CardButton *>();
+    QCOMPARE(buttons.size(), 4);
+    std::size_t index = 1; // behind the countdown
+    for (const CardButton *button : buttons) {
+        const QRectF seen = card.tagged().at(index++).frame.translated(position);
+        QCOMPARE(button->geometry(), seen.toAlignedRect());
+        QVERIFY(view->rect().contains(button->geometry()));
+    }
+    QVERIFY(buttons.at(0)->width() < scene.card({1280, 720}, now, {}).frameOf(tag::join)->width() - 5);
+    for (const QLabel *label : view->findChildren<QLabel *>())
+        QVERIFY(!label->geometry().isEmpty() && view->rect().contains(label->geometry()));
+    // Hovered, it is that button that is painted anew, and nothing else.
+    view->setMotion(false);
+    const QImage before = picture();
+    QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
+    QCoreApplication::sendEvent(buttons.at(2), &enter);
+    const QImage after = picture();
+    const QRect around = buttons.at(2)->geometry().adjusted(-5, -5, 5, 5);
+    bool isBrighter = false;
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            isBrighter = isBrighter || qGray(after.pixel(x, y)) > qGray(before.pixel(x, y)) + 5;
+            QVERIFY(around.contains(x, y) || after.pixel(x, y) == before.pixel(x, y));
+        }
+    }
+    QVERIFY(isBrighter);
 }
 
 void tst_OverlayView::comesUpWithMotion()

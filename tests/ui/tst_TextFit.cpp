@@ -5,6 +5,8 @@
 #include <QFontMetricsF>
 #include <QTest>
 
+#include <cmath>
+
 using namespace kelp;
 using namespace Qt::StringLiterals;
 
@@ -19,6 +21,7 @@ private Q_SLOTS:
     void takesTheGreatestSizeThatFits();
     void cutsAtTheSmallestSize_data();
     void cutsAtTheSmallestSize();
+    void shrinksToAHeightWithoutBeingCutForIt();
     void balancesItsLines();
     void knowsTheDirectionOfTheText();
     void anEmptyTextHasNoWidth();
@@ -91,6 +94,24 @@ void tst_TextFit::cutsAtTheSmallestSize()
     QVERIFY(fitted.lines.constLast().contains(u'…'));
     QVERIFY(text.startsWith(fitted.lines.constFirst()));
     QVERIFY2(fitted.width <= width + 1, qPrintable(QString::number(fitted.width)));
+}
+
+void tst_TextFit::shrinksToAHeightWithoutBeingCutForIt()
+{
+    const QString text = u"word "_s.repeated(16).trimmed();
+    const FittedText whole = fit(text);
+    const double height = whole.lineHeight * static_cast<double>(whole.lines.size());
+    QCOMPARE(whole.lineHeight, std::ceil(QFontMetricsF(font).height()));
+    QCOMPARE(fitText(text, font, width, 3, 0.5, height).font.pixelSize(), 60);
+    const FittedText lower = fitText(text, font, width, 3, 0.5, height - 1);
+    QVERIFY(lower.font.pixelSize() < 60 && lower.font.pixelSize() > 30);
+    QVERIFY(lower.lineHeight * static_cast<double>(lower.lines.size()) < height);
+    QCOMPARE(lower.lines.join(u' '), text);
+    for (const double tooLow : {20.0, 0.0, -50.0}) {
+        const FittedText least = fitText(text, font, width, 3, 0.5, tooLow);
+        QCOMPARE(least.font.pixelSize(), 30);
+        QCOMPARE(least.lines.join(u' '), text);
+    }
 }
 
 void tst_TextFit::balancesItsLines()
