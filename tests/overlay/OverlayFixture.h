@@ -12,6 +12,8 @@
 #include "themes/KelpClock.h"
 
 #include <QAbstractButton>
+#include <QCoreApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QStringList>
 
@@ -60,8 +62,28 @@ protected:
         return result;
     }
 
+    /// Whether the overlay consumed it.
+    static bool press(QObject *receiver, Qt::Key key, bool isRepeat = false, quint32 code = 0)
+    {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, code, 0, 0, {}, isRepeat);
+        event.ignore();
+        QCoreApplication::sendEvent(receiver, &event);
+        return event.isAccepted();
+    }
+
+    static void release(QObject *receiver, Qt::Key key, quint32 code)
+    {
+        QKeyEvent event(QEvent::KeyRelease, key, Qt::NoModifier, code, 0, 0);
+        QCoreApplication::sendEvent(receiver, &event);
+    }
+
     inline static const QRect left{0, 0, 1280, 720};
     inline static const QRect right{1280, 0, 1920, 1080};
+
+    inline static const OverlayContent review = MeetingContent{sample::designReview(), sample::budgetPlanning()};
+    inline static const OverlayContent reviewWithoutLink =
+        MeetingContent{sample::withoutLink(sample::designReview()), {}};
+    inline static const OverlayContent welcome = WelcomeContent{QStringLiteral("ada@example.com"), 2, {}};
 
     std::unique_ptr<FakeClock> clock;
     std::unique_ptr<Preferences> preferences;
