@@ -32,7 +32,11 @@ void MprisPlayback::start()
             openIn(player);
     });
     connect(survey, &MprisSurvey::finished, this, [this](bool isKnown) {
-        if (m_state == State::looking && isKnown)
+        if (m_state != State::looking || !isKnown)
+            return;
+        if (m_arrived)
+            settle();
+        else
             launch();
     });
     survey->start();
@@ -56,15 +60,23 @@ void MprisPlayback::launch()
 
 void MprisPlayback::nameOwnerChanged(const QString &name, const QString &, const QString &newOwner)
 {
-    const bool isAwaited = m_state == State::looking || m_state == State::starting;
-    if (!isAwaited || newOwner.isEmpty() || !name.startsWith(MprisPlayer::namePrefix))
+    if (!name.startsWith(MprisPlayer::namePrefix))
         return;
     const MprisPlayer player{.owner = newOwner, .names = {name.mid(MprisPlayer::namePrefix.size())}};
     if (!player.isNamedSpotify())
         return;
+    if (m_state == State::looking) { // who is there may still be among those that are found
+        m_arrived = newOwner.isEmpty() ? std::nullopt : std::optional(player);
+    } else if (m_state == State::starting && !newOwner.isEmpty()) {
+        m_arrived = player;
+        settle();
+    }
+}
+
+void MprisPlayback::settle()
+{
     m_state = State::settling;
-    m_arrived = player;
-    m_clock.after(settling, this, [this] { openIn(m_arrived); });
+    m_clock.after(settling, this, [this] { openIn(*m_arrived); });
 }
 
 void MprisPlayback::openIn(const MprisPlayer &player)

@@ -5,6 +5,8 @@
 #include <QDBusConnection>
 #include <QObject>
 
+#include <optional>
+
 namespace kelp {
 
 class Clock;
@@ -15,7 +17,7 @@ class SpotifyPresence;
 ///     is it there? ── yes ────────────────────────────────────────────────> open ──> play
 ///                  └─ no: start it ──> its name appears ──> 2 s pass ───────┘
 ///
-/// If the name appears while Kelp is still looking, nothing has to be started.
+/// If the name appears while Kelp is still looking, it settles as well, but nothing has to be started.
 ///
 /// Destroying this gives up, at whichever step.
 class MprisPlayback final : public QObject
@@ -37,6 +39,7 @@ private:
     enum class State { looking, starting, settling, over };
 
     void launch();
+    void settle();
     void openIn(const MprisPlayer &player);
 
     QDBusConnection m_bus;
@@ -44,7 +47,7 @@ private:
     const SpotifyPresence &m_presence;
     QString m_uri;
     State m_state = State::looking;
-    MprisPlayer m_arrived; ///< while settling
+    std::optional<MprisPlayer> m_arrived; ///< after the look around began
 };
 
 } // namespace kelp
