@@ -1,6 +1,6 @@
 #include "capture/LumaChroma.h"
 
-#include "themes/Lanes.h"
+#include "themes/WideLanes.h"
 
 #include <QImage>
 
@@ -90,7 +90,7 @@ void convert(const RowPair &rows, int width, int from, int to)
 }
 
 #ifdef KELP_WIDE_LANES
-#define KELP_WIDE __attribute__((target("avx2"), always_inline)) inline
+#define KELP_WIDE_STEP KELP_WIDE __attribute__((always_inline)) inline
 
 /// The light of eight pixels, or what to multiply it with: two registers with a lane of 32 bits for each pixel, which
 /// holds blue below red, and green below what is not used.
@@ -100,36 +100,36 @@ struct Lanes
     __m256i green;
 };
 
-KELP_WIDE Lanes lanesOf(const Factors &factors)
+KELP_WIDE_STEP Lanes lanesOf(const Factors &factors)
 {
     return {_mm256_set1_epi32((factors.red << 16) | (factors.blue & 0xFFFF)),
             _mm256_set1_epi32(factors.green & 0xFFFF)};
 }
 
-KELP_WIDE Lanes lightAt(const std::uint32_t *pixels)
+KELP_WIDE_STEP Lanes lightAt(const std::uint32_t *pixels)
 {
     const __m256i eight = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(pixels));
     return {_mm256_and_si256(eight, _mm256_set1_epi32(0x00FF00FF)), _mm256_srli_epi16(eight, 8)};
 }
 
-KELP_WIDE Lanes plus(const Lanes &a, const Lanes &b)
+KELP_WIDE_STEP Lanes plus(const Lanes &a, const Lanes &b)
 {
     return {_mm256_add_epi16(a.blueRed, b.blueRed), _mm256_add_epi16(a.green, b.green)};
 }
 
-KELP_WIDE __m256i weighed(const Lanes &factors, const Lanes &light)
+KELP_WIDE_STEP __m256i weighed(const Lanes &factors, const Lanes &light)
 {
     return _mm256_add_epi32(_mm256_madd_epi16(light.blueRed, factors.blueRed),
                             _mm256_madd_epi16(light.green, factors.green));
 }
 
-KELP_WIDE __m256i luma(const Lanes &factors, const Lanes &light)
+KELP_WIDE_STEP __m256i luma(const Lanes &factors, const Lanes &light)
 {
     return _mm256_srai_epi32(_mm256_add_epi32(weighed(factors, light), _mm256_set1_epi32(lumaBase)), lumaShift);
 }
 
 /// Of two groups of eight pixels: a column with its left neighbour, and with its right one, lie side by side.
-KELP_WIDE __m256i chroma(const Lanes &factors, const Lanes &first, const Lanes &second)
+KELP_WIDE_STEP __m256i chroma(const Lanes &factors, const Lanes &first, const Lanes &second)
 {
     const __m256 one = _mm256_castsi256_ps(weighed(factors, first));
     const __m256 two = _mm256_castsi256_ps(weighed(factors, second));
@@ -139,7 +139,7 @@ KELP_WIDE __m256i chroma(const Lanes &factors, const Lanes &first, const Lanes &
                              chromaShift);
 }
 
-KELP_WIDE void storeLuma(std::uint8_t *target, const __m256i (&groups)[4])
+KELP_WIDE_STEP void storeLuma(std::uint8_t *target, const __m256i (&groups)[4])
 {
     const __m256i bytes =
         _mm256_packus_epi16(_mm256_packs_epi32(groups[0], groups[1]), _mm256_packs_epi32(groups[2], groups[3]));
@@ -152,7 +152,7 @@ constexpr int wideColumns = 32;
 
 /// The same for processors with wide registers, of the columns from 2, the first with a left neighbour, up to `to`: an
 /// even one, and at least 34.
-__attribute__((target("avx2"))) void convertWide(const RowPair &rows, int to)
+KELP_WIDE void convertWide(const RowPair &rows, int to)
 {
     const Lanes lumaLanes = lanesOf(lumaFactors);
     const Lanes blueLanes = lanesOf(blueFactors);
@@ -184,8 +184,6 @@ __attribute__((target("avx2"))) void convertWide(const RowPair &rows, int to)
         _mm_storeu_si128(reinterpret_cast<__m128i *>(rows.red + x / 2), _mm_unpackhi_epi16(even, odd));
     }
 }
-
-const bool hasWideLanes = __builtin_cpu_supports("avx2");
 #endif
 
 } // namespace
