@@ -27,6 +27,7 @@ QStringList textsOf(int argc, char **argv)
 
 int runApplication(int &argc, char **argv)
 {
+    memory::keepPicturesApart();
     Platform::prepare();
     QApplication application(argc, argv);
     QApplication::setStyle(new KelpStyle);
@@ -56,7 +57,6 @@ int runApplication(int &argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    memory::keepPicturesApart();
     const CommandLine commandLine = CommandLine::parse(textsOf(argc, argv));
     switch (commandLine.mode) {
     case CommandLine::Mode::snapshot:

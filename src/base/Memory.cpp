@@ -1,6 +1,10 @@
 #include "base/Memory.h"
 
+#include <cstdint>
 #include <cstdlib>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -20,6 +24,21 @@ void memory::giveBack()
 {
 #ifdef __GLIBC__
     malloc_trim(0);
+#endif
+}
+
+void memory::populate(void *memory, std::size_t bytes)
+{
+#ifdef MADV_POPULATE_WRITE
+    const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+    const auto address = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t first = (address + page - 1) / page * page;
+    const std::uintptr_t end = (address + bytes) / page * page;
+    if (first < end)
+        ::madvise(static_cast<char *>(memory) + (first - address), end - first, MADV_POPULATE_WRITE);
+#else
+    static_cast<void>(memory);
+    static_cast<void>(bytes);
 #endif
 }
 

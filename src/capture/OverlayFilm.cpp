@@ -1,5 +1,7 @@
 #include "capture/OverlayFilm.h"
 
+#include "ui/BlankImage.h"
+
 #include <QPainter>
 
 #include <utility>
@@ -62,9 +64,7 @@ bool OverlayFilm::updateCard(double density, Instant shown, const ButtonStates &
     m_buttons = buttons;
     const Arrangement old = std::exchange(m_arrangement, m_scene.card(m_size, shown, buttons));
     m_arrangement.inheritGlows(old);
-    m_card = QImage((frame().size() * density).toSize(), QImage::Format_ARGB32_Premultiplied);
-    m_card.setDevicePixelRatio(density);
-    m_card.fill(Qt::transparent);
+    m_card = transparentImage(frame().size(), density);
     paintPart(shown, frame().translated(-OverlayScene::cardPosition(m_size, m_arrangement)));
     return true;
 }

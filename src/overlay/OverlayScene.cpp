@@ -2,6 +2,7 @@
 
 #include "overlay/MeetingCard.h"
 #include "overlay/WelcomeCard.h"
+#include "ui/BlankImage.h"
 
 #include <QPainter>
 
@@ -80,9 +81,7 @@ QPointF OverlayScene::cardPosition(const QSizeF &size, const Arrangement &card)
 QImage OverlayScene::cardPicture(const Arrangement &card, double density, Instant now)
 {
     const QRectF frame = card.frame().adjusted(-bleed, -bleed, bleed, bleed);
-    QImage picture((frame.size() * density).toSize(), QImage::Format_ARGB32_Premultiplied);
-    picture.setDevicePixelRatio(density);
-    picture.fill(Qt::transparent);
+    QImage picture = transparentImage(frame.size(), density);
     QPainter painter(&picture);
     painter.translate(-frame.topLeft());
     card.paint(painter, now);

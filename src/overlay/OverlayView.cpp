@@ -1,9 +1,13 @@
 #include "overlay/OverlayView.h"
 
+#include "base/Memory.h"
 #include "overlay/CardButton.h"
 #include "overlay/CardTags.h"
 #include "overlay/Entrance.h"
+#include "themes/Pieces.h"
+#include "ui/BlankImage.h"
 
+#include <QBackingStore>
 #include <QCloseEvent>
 #include <QEvent>
 #include <QLabel>
@@ -34,6 +38,16 @@ public:
 protected:
     void paintEvent(QPaintEvent *) override {}
 };
+
+/// All of a new window's memory is about to be written.
+void populate(QBackingStore *store)
+{
+    const QPaintDevice *device = store ? store->paintDevice() : nullptr;
+    if (!device || device->devType() != QInternal::Image)
+        return;
+    const auto *image = static_cast<const QImage *>(device);
+    memory::populate(const_cast<uchar *>(image->constBits()), static_cast<std::size_t>(image->sizeInBytes()));
+}
 
 } // namespace
 
@@ -129,6 +143,8 @@ void OverlayView::setBlend(const QPixmap &behind, double shown)
 void OverlayView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
+    if (!m_isSeen)
+        populate(backingStore());
     if (m_shown < 1) {
         painter.setCompositionMode(QPainter::CompositionMode_Source);
         if (m_behind.isNull())
@@ -141,7 +157,13 @@ void OverlayView::paintEvent(QPaintEvent *event)
             return;
     }
     m_background.paint(painter, size(), m_frameTime, event->region());
-    paintCardIn(painter);
+    // Once the card has come up, only what of it has to be painted again.
+    if (m_entrance == 1) {
+        const QRegion part = event->region() & cardPicture().toAlignedRect();
+        forEachSmallPiece(painter, part, [&](const QRectF &) { paintCardIn(painter); });
+    } else {
+        paintCardIn(painter);
+    }
     if (!std::exchange(m_isSeen, true))
         Q_EMIT seen();
 }
@@ -149,7 +171,7 @@ void OverlayView::paintEvent(QPaintEvent *event)
 /// Faded, blurred and scaled as far as the entrance has come.
 void OverlayView::paintCardIn(QPainter &painter) const
 {
-    Entrance{m_entrance}.paint(painter, cardPicture(), m_card.toImage(), m_shown);
+    Entrance{m_entrance}.paint(painter, cardPicture(), m_card, m_shown);
 }
 
 void OverlayView::resizeEvent(QResizeEvent *)
@@ -187,9 +209,7 @@ void OverlayView::layOut()
     arrange();
     m_cardPosition = OverlayScene::cardPosition(size(), m_arrangement);
     placeChildren();
-    m_card = QPixmap((cardPicture().size() * devicePixelRatioF()).toSize());
-    m_card.setDevicePixelRatio(devicePixelRatioF());
-    m_card.fill(Qt::transparent);
+    m_card = transparentImage(cardPicture().size(), devicePixelRatioF());
     paintCard(cardPicture().translated(-m_cardPosition));
     update();
 }

@@ -86,7 +86,7 @@ private:
     ThemeBackgroundView m_background;
     Arrangement m_arrangement;
     QPointF m_cardPosition;
-    QPixmap m_card;
+    QImage m_card;
 
     std::vector<QLabel *> m_labels; ///< the countdown's first where there is one, then those of the texts in order
     QHash<QString, CardButton *> m_buttons;

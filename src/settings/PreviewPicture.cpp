@@ -40,12 +40,7 @@ void PreviewPicture::paintCard(Instant now, double density)
     const Arrangement card = m_scene.card(screen, now, {});
     constexpr double bleed = OverlayScene::bleed;
     const QRectF frame = card.frame().adjusted(-bleed, -bleed, bleed, bleed);
-    m_card = QImage((frame.size() * density).toSize(), QImage::Format_ARGB32_Premultiplied);
-    m_card.setDevicePixelRatio(density);
-    m_card.fill(Qt::transparent);
-    QPainter painter(&m_card);
-    painter.translate(-frame.topLeft());
-    card.paint(painter, now);
+    m_card = OverlayScene::cardPicture(card, density, now);
     m_cardPosition = OverlayScene::cardPosition(screen, card) + frame.topLeft();
     m_cardTime = now;
     m_cardLasts = std::min(m_scene.untilNextCountdown(now), card.untilChange(now, density));

@@ -1,5 +1,6 @@
 #include "themes/AnimatedLayer.h"
 
+#include "themes/Pieces.h"
 #include "themes/scenes/Scenes.h"
 
 namespace kelp {
@@ -52,19 +53,19 @@ void AnimatedLayer::paintSoft(SoftImage &image, double t) const
     }
 }
 
-void AnimatedLayer::paintSharp(QPainter &painter, const QSizeF &size, double t) const
+void AnimatedLayer::paintSharp(QPainter &painter, const QSizeF &size, double t, const QRegion &part) const
 {
     switch (kind) {
     case AnimatedKind::Aurora:
-        return scenes::paintNightStars(painter, size, t);
+        return forEachPiece(painter, part, [&](const QRectF &) { scenes::paintNightStars(painter, size, t); });
     case AnimatedKind::Starfield:
-        return scenes::paintStarfield(painter, size, t);
+        return scenes::paintStarfield(painter, size, t, part);
     case AnimatedKind::Scanlines:
-        return scenes::paintScanlines(painter, size, t);
+        return forEachPiece(painter, part, [&](const QRectF &) { scenes::paintScanlines(painter, size, t); });
     case AnimatedKind::Rain:
-        return scenes::paintRain(painter, size, t);
+        return scenes::paintRain(painter, size, t, part);
     case AnimatedKind::Synthwave:
-        return scenes::paintFloorRows(painter, size, t);
+        return forEachPiece(painter, part, [&](const QRectF &) { scenes::paintFloorRows(painter, size, t); });
     case AnimatedKind::Fog:
         return;
     }

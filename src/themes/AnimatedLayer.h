@@ -30,8 +30,8 @@ struct AnimatedLayer
     /// What is sharp and never moves. Nothing of it lies outside `stillPart`.
     void paintStill(QPainter &painter, const QSizeF &size) const;
     [[nodiscard]] QRectF stillPart(const QSizeF &size) const;
-    /// What is sharp and moves, or shines through what stands still.
-    void paintSharp(QPainter &painter, const QSizeF &size, double t) const;
+    /// What is sharp and moves, or shines through what stands still; only within `part` (points).
+    void paintSharp(QPainter &painter, const QSizeF &size, double t, const QRegion &part) const;
 
     /// Outside of it nothing changes with t.
     [[nodiscard]] QRectF movingPart(const QSizeF &size) const;

@@ -3,7 +3,9 @@
 #include "preferences/Preferences.h"
 #include "themes/Backdrop.h"
 #include "themes/GrainLayer.h"
+#include "themes/Pieces.h"
 #include "themes/ThemeImages.h"
+#include "ui/BlankImage.h"
 
 #include <QPaintEngine>
 #include <QPainter>
@@ -33,22 +35,6 @@ QRect pixelsOf(const QRect &part, double density)
     return QRectF(QPointF(part.topLeft()) * density, QSizeF(part.size()) * density).toAlignedRect();
 }
 
-/// Clips to the very pixels that `part` touches: at a density like 1.25 a clip in points would leave some of them out.
-void clipToPixels(QPainter &painter, const QRegion &part, double density)
-{
-    if (density == std::floor(density)) {
-        painter.setClipRegion(part, Qt::IntersectClip);
-        return;
-    }
-    QRegion pixels;
-    for (const QRect &each : part)
-        pixels += pixelsOf(each, density);
-    const QTransform world = painter.worldTransform();
-    painter.setWorldTransform(QTransform::fromScale(1 / density, 1 / density) * world);
-    painter.setClipRegion(pixels, Qt::IntersectClip);
-    painter.setWorldTransform(world);
-}
-
 /// Shows `pixels` of `source` in their place. `target` are the painter's own pixels, if they can be reached.
 void copyPixels(QPainter &painter, QImage *target, const QImage &source, const QRect &pixels, double density)
 {
@@ -66,7 +52,7 @@ void copyPixels(QPainter &painter, QImage *target, const QImage &source, const Q
 /// shade only every few rows, so a pattern spreads what lies between two shades.
 QImage missingPicture(const QSize &pixels, const QColor &accent)
 {
-    QImage image(pixels.expandedTo({2, 2}), QImage::Format_RGB32);
+    QImage image = blankImage(pixels.expandedTo({2, 2}), QImage::Format_RGB32);
     for (int y = 0; y < image.height(); ++y) {
         const double part = 0.35 * (1 - (y + 0.5) / image.height());
         const auto fine = [&](float channel) { return static_cast<int>(std::lround(channel * part * 255 * 128)); };
@@ -131,21 +117,14 @@ void ThemeBackgroundView::paint(QPainter &painter, const QSizeF &size, Instant s
     const QRegion wanted = part.isEmpty() ? QRegion(QRectF(QPointF(), size).toAlignedRect()) : part;
     const double density = painter.device()->devicePixelRatioF();
     prepare(pixelsOf(size, density), density);
-    if (!isComposed()) {
-        for (const QRect &each : wanted)
-            paintStill(painter, size, each);
-        return;
-    }
+    if (!isComposed())
+        return forEachPiece(painter, wanted, [&](const QRectF &piece) { paintStill(painter, size, piece.toRect()); });
     if (isPictured())
         paintPicture(painter, density, shown, wanted);
     else
         paintGlow(painter, density, shown, wanted);
-    if (m_layer) {
-        painter.save();
-        clipToPixels(painter, wanted, density);
-        paintLayer(painter, size, density, m_layer->time(shown));
-        painter.restore();
-    }
+    if (m_layer)
+        paintLayer(painter, size, density, m_layer->time(shown), wanted);
 }
 
 void ThemeBackgroundView::setPicture(const QImage &picture)
@@ -268,7 +247,7 @@ void ThemeBackgroundView::paintPicture(QPainter &painter, double density, Instan
     if (m_canvas.size() != m_pixels || m_canvasTime != drift) {
         m_canvasTime = drift;
         if (m_canvas.size() != m_pixels)
-            m_canvas = QImage(m_pixels, QImage::Format_RGB32);
+            m_canvas = blankImage(m_pixels, QImage::Format_RGB32);
         softenAt(m_layer ? m_layer->time(step) : 0);
         const bool drifts = m_hasPicture && std::holds_alternative<ImageBackground>(m_theme.background);
         const Drift moved = drifts ? Drift::at(drift) : Drift();
@@ -290,7 +269,7 @@ void ThemeBackgroundView::paintGlow(QPainter &painter, double density, Instant s
     if (target)
         m_canvas = {};
     else if (m_canvas.size() != m_pixels)
-        m_canvas = QImage(m_pixels, QImage::Format_RGB32);
+        m_canvas = blankImage(m_pixels, QImage::Format_RGB32);
     for (const QRect &each : part) {
         const QRect pixels = pixelsOf(each, density) & QRect(QPoint(), m_pixels);
         m_soft.enlargeInto(target ? *target : m_canvas, pixels);
@@ -299,11 +278,12 @@ void ThemeBackgroundView::paintGlow(QPainter &painter, double density, Instant s
     }
 }
 
-void ThemeBackgroundView::paintLayer(QPainter &painter, const QSizeF &size, double density, double t)
+void ThemeBackgroundView::paintLayer(QPainter &painter, const QSizeF &size, double density, double t,
+                                     const QRegion &part)
 {
     const QRectF still = m_layer->stillPart(size);
     if (!still.isEmpty() && m_layerStill.isNull()) {
-        m_layerStill = QImage(pixelsOf(still.size(), density), QImage::Format_ARGB32_Premultiplied);
+        m_layerStill = blankImage(pixelsOf(still.size(), density), QImage::Format_ARGB32_Premultiplied);
         m_layerStill.setDevicePixelRatio(density);
         m_layerStill.fill(Qt::transparent);
         QPainter baking(&m_layerStill);
@@ -311,11 +291,13 @@ void ThemeBackgroundView::paintLayer(QPainter &painter, const QSizeF &size, doub
         m_layer->paintStill(baking, size);
     }
     if (!still.isEmpty()) {
-        const QRectF wanted = painter.clipBoundingRect() & still;
-        const QRectF source(QPointF(wanted.topLeft() - still.topLeft()) * density, wanted.size() * density);
-        painter.drawImage(wanted, m_layerStill, source);
+        forEachPiece(painter, part, [&](const QRectF &piece) {
+            const QRectF wanted = piece & still;
+            const QRectF source(QPointF(wanted.topLeft() - still.topLeft()) * density, wanted.size() * density);
+            painter.drawImage(wanted, m_layerStill, source);
+        });
     }
-    m_layer->paintSharp(painter, size, t);
+    m_layer->paintSharp(painter, size, t, part);
 }
 
 void ThemeBackgroundView::paintStill(QPainter &painter, const QSizeF &size, const QRect &part)
@@ -326,7 +308,7 @@ void ThemeBackgroundView::paintStill(QPainter &painter, const QSizeF &size, cons
         if (isGrey) {
             m_still = QPixmap::fromImage(Backdrop::plain(m_pixels.height()));
         } else {
-            QImage image(m_pixels, QImage::Format_RGB32);
+            QImage image = blankImage(m_pixels, QImage::Format_RGB32);
             image.setDevicePixelRatio(density);
             QPainter baking(&image);
             paintBase(baking, size, density);
@@ -350,7 +332,7 @@ void ThemeBackgroundView::paintBase(QPainter &painter, const QSizeF &size, doubl
         if (solid->grain)
             GrainLayer::paint(painter, size);
     } else {
-        QImage image(m_pixels, QImage::Format_RGB32);
+        QImage image = blankImage(m_pixels, QImage::Format_RGB32);
         PictureLayer::paint(image, nullptr, m_picture, Drift(), m_shade);
         painter.drawImage(QRectF(QPointF(), QSizeF(m_pixels) / density), image);
     }

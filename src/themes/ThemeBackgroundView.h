@@ -64,7 +64,7 @@ private:
     void paintPicture(QPainter &painter, double density, Instant shown, const QRegion &part);
     void paintGlow(QPainter &painter, double density, Instant shown, const QRegion &part);
     void softenAt(double t);
-    void paintLayer(QPainter &painter, const QSizeF &size, double density, double t);
+    void paintLayer(QPainter &painter, const QSizeF &size, double density, double t, const QRegion &part);
     void paintStill(QPainter &painter, const QSizeF &size, const QRect &part);
     void paintBase(QPainter &painter, const QSizeF &size, double density);
 

@@ -1,11 +1,15 @@
 #include "ui/Blur.h"
 
+#include "base/Memory.h"
+#include "ui/BlankImage.h"
+
 #include <QtGlobal>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace kelp {
@@ -15,6 +19,9 @@ namespace {
 /// Eight bits and eight more for fractions: six roundings in a row would show in a faint glow.
 using Level = std::uint16_t;
 constexpr int fractionBits = 8;
+
+/// Columns that are turned back into lines together: as many pixels as the processor fetches at once.
+constexpr int stripWidth = 16;
 
 /// The pixels to either side of the three boxes. Boxes of odd width leave everything in its place; two widths mixed
 /// come closest to the wanted deviation.
@@ -47,54 +54,50 @@ void averageLine(const Level *from, Level *to, int count, int stride, int side)
     }
 }
 
-/// Levels of a picture, line by line, the channels of a pixel side by side.
-struct Levels
+/// A line of levels, the channels of a pixel side by side, and what blurs it.
+class Line
 {
-    int width;
-    int height;
-    int channels;
-    std::vector<Level> values{};
-};
-
-Levels levelsOf(const QImage &image)
-{
-    Levels result{image.width(), image.height(), image.depth() / 8};
-    const auto lineLength = static_cast<std::size_t>(result.width * result.channels);
-    result.values.resize(lineLength * static_cast<std::size_t>(result.height));
-    auto value = result.values.begin();
-    for (int y = 0; y < result.height; ++y) {
-        const uchar *line = image.constScanLine(y);
-        value = std::transform(line, line + lineLength, value,
-                               [](uchar each) { return static_cast<Level>(each << fractionBits); });
+public:
+    Line(int count, int channels, const std::array<int, 3> &sides)
+        : m_count(count), m_channels(channels), m_sides(sides), m_values(length()), m_averages(length())
+    {
     }
-    return result;
-}
 
-/// Blurs along the lines and turns lines into columns, so that the second time does the columns.
-Levels blurredAndTransposed(const Levels &levels, const std::array<int, 3> &sides)
-{
-    Levels result{levels.height, levels.width, levels.channels};
-    result.values.resize(levels.values.size());
-    const int channels = levels.channels;
-    std::vector<Level> line(static_cast<std::size_t>(levels.width * channels));
-    std::vector<Level> other(line.size());
-    for (int y = 0; y < levels.height; ++y) {
-        const auto start = levels.values.begin() + static_cast<std::ptrdiff_t>(line.size()) * y;
-        std::copy(start, start + static_cast<std::ptrdiff_t>(line.size()), line.begin());
-        for (const int side : sides) {
+    [[nodiscard]] Level *begin() { return m_values.data(); }
+    [[nodiscard]] Level *end() { return m_values.data() + length(); }
+
+    void blur()
+    {
+        for (const int side : m_sides) {
             if (side == 0)
                 continue;
-            for (int channel = 0; channel < channels; ++channel)
-                averageLine(line.data() + channel, other.data() + channel, levels.width, channels, side);
-            line.swap(other);
-        }
-        for (int x = 0; x < levels.width; ++x) {
-            const std::ptrdiff_t target = (static_cast<std::ptrdiff_t>(x) * levels.height + y) * channels;
-            std::copy_n(line.begin() + static_cast<std::ptrdiff_t>(x) * channels, channels,
-                        result.values.begin() + target);
+            for (int channel = 0; channel < m_channels; ++channel)
+                averageLine(m_values.data() + channel, m_averages.data() + channel, m_count, m_channels, side);
+            m_values.swap(m_averages);
         }
     }
-    return result;
+
+private:
+    [[nodiscard]] std::size_t length() const
+    {
+        return static_cast<std::size_t>(m_count) * static_cast<std::size_t>(m_channels);
+    }
+
+    int m_count;
+    int m_channels;
+    std::array<int, 3> m_sides;
+    std::vector<Level> m_values;
+    std::vector<Level> m_averages;
+};
+
+Level levelOf(uchar byte)
+{
+    return static_cast<Level>(byte << fractionBits);
+}
+
+uchar byteOf(Level level)
+{
+    return static_cast<uchar>((level + (1 << (fractionBits - 1))) >> fractionBits);
 }
 
 } // namespace
@@ -105,15 +108,40 @@ QImage blurred(const QImage &image, double radius)
         return image;
     Q_ASSERT(image.format() == QImage::Format_Alpha8 || image.format() == QImage::Format_ARGB32_Premultiplied);
     const std::array<int, 3> sides = boxes(radius);
-    const Levels levels = blurredAndTransposed(blurredAndTransposed(levelsOf(image), sides), sides);
-    QImage result(image.size(), image.format());
+    const int width = image.width();
+    const int height = image.height();
+    const int channels = image.depth() / 8;
+    // Blurred along the lines, one column after the other.
+    const std::size_t count = std::size_t{1} * width * height * channels;
+    const auto columns = std::make_unique_for_overwrite<Level[]>(count);
+    memory::populate(columns.get(), count * sizeof(Level));
+    Line line(width, channels, sides);
+    for (int y = 0; y < height; ++y) {
+        const uchar *bytes = image.constScanLine(y);
+        std::transform(bytes, bytes + std::ptrdiff_t{width} * channels, line.begin(), levelOf);
+        line.blur();
+        Level *target = columns.get() + std::ptrdiff_t{y} * channels;
+        for (const Level *pixel = line.begin(); pixel != line.end(); pixel += channels) {
+            std::copy_n(pixel, channels, target);
+            target += std::ptrdiff_t{height} * channels;
+        }
+    }
+    QImage result = blankImage(image.size(), image.format());
     result.setDevicePixelRatio(image.devicePixelRatio());
-    const auto lineLength = static_cast<std::ptrdiff_t>(levels.width) * levels.channels;
-    for (int y = 0; y < levels.height; ++y) {
-        const auto start = levels.values.begin() + lineLength * y;
-        std::transform(start, start + lineLength, result.scanLine(y), [](Level each) {
-            return static_cast<uchar>((each + (1 << (fractionBits - 1))) >> fractionBits);
-        });
+    Line column(height, channels, sides);
+    std::vector<uchar> strip(static_cast<std::size_t>(stripWidth * height * channels));
+    for (int left = 0; left < width; left += stripWidth) {
+        const std::ptrdiff_t length = std::ptrdiff_t{std::min(stripWidth, width - left)} * channels; // of its lines
+        for (std::ptrdiff_t at = 0; at < length; at += channels) {
+            const Level *levels = columns.get() + (std::ptrdiff_t{left} * channels + at) * height;
+            std::copy_n(levels, std::ptrdiff_t{height} * channels, column.begin());
+            column.blur();
+            uchar *target = strip.data() + at;
+            for (const Level *pixel = column.begin(); pixel != column.end(); pixel += channels, target += length)
+                std::transform(pixel, pixel + channels, target, byteOf);
+        }
+        for (int y = 0; y < height; ++y)
+            std::copy_n(strip.data() + y * length, length, result.scanLine(y) + std::ptrdiff_t{left} * channels);
     }
     return result;
 }

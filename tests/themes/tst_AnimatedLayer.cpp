@@ -193,7 +193,7 @@ void tst_AnimatedLayer::rainFallsOverLights()
     QImage streaks(size, QImage::Format_RGB32);
     streaks.fill(Qt::black);
     QPainter painter(&streaks);
-    AnimatedLayer{AnimatedKind::Rain, true}.paintSharp(painter, size, 40);
+    AnimatedLayer{AnimatedKind::Rain, true}.paintSharp(painter, size, 40, streaks.rect());
     painter.end();
     QVERIFY(lightIn(streaks, streaks.rect()) > 20);
 }

@@ -1,4 +1,5 @@
 #include "themes/BandedRegion.h"
+#include "themes/Pieces.h"
 #include "themes/Scatter.h"
 #include "themes/SoftImage.h"
 #include "themes/scenes/BehindCard.h"
@@ -52,16 +53,10 @@ struct Streak
 /// Pixels: Qt hands lines longer than a few of these to several threads, and waking them costs more than the drawing.
 constexpr double longestPiece = 20;
 
-/// The streaks of a sheet that are as bright as each other, so that they are drawn at once.
-struct Stroke
-{
-    using Lines = QVarLengthArray<QLineF, 192>;
-    Lines heads;
-    Lines tails;
-};
+using Lines = QVarLengthArray<QLineF, 192>;
 
 /// From one part of a streak to another, in pieces.
-void append(Stroke::Lines &lines, const Streak &streak, double from, double to, double density)
+void append(Lines &lines, const Streak &streak, double from, double to, double density)
 {
     const double pieces = std::ceil((to - from) * streak.length * density / longestPiece);
     for (double piece = 0; piece < pieces; ++piece) {
@@ -87,24 +82,63 @@ Streak streakOf(const Sheet &sheet, int element, const QSizeF &size, double t)
             .seen = std::clamp((fadeTo - y / size.height()) / (fadeTo - fadeFrom), 0.0, 1.0)};
 }
 
-void paintSheet(QPainter &painter, const QSizeF &size, const Sheet &sheet, int seed, double t)
+/// Streaks of one sheet that are as bright as each other, so that they are drawn at once.
+struct Stroke
+{
+    struct Member
+    {
+        Streak streak;
+        QRectF frame; ///< what it touches
+    };
+    const Sheet *sheet;
+    float seen; ///< 0…1
+    std::vector<Member> members;
+};
+
+/// All that are seen at `t`, far ones first.
+std::vector<Stroke> strokesOf(const QSizeF &size, double t)
+{
+    std::vector<Stroke> strokes;
+    int seed = 0;
+    for (const Sheet &sheet : sheets) {
+        const std::size_t first = strokes.size();
+        for (int shade = 1; shade < shades; ++shade)
+            strokes.push_back({&sheet, static_cast<float>(shade) / (shades - 1), {}});
+        const double margin = sheet.width / 2 + 2; // the line's ends, and whole pixels at every density
+        for (int i = 0; i < sheet.streaks; ++i) {
+            const Streak streak = streakOf(sheet, seed + i, size, t);
+            const auto shade = static_cast<std::size_t>(std::lround(streak.seen * (shades - 1)));
+            if (shade > 0) {
+                const QRectF frame = QRectF(streak.along(1), streak.head).normalized();
+                strokes[first + shade - 1].members.push_back(
+                    {streak, frame.adjusted(-margin, -margin, margin, margin)});
+            }
+        }
+        seed += sheet.streaks;
+    }
+    return strokes;
+}
+
+/// What of it lies in `piece`.
+void paintStroke(QPainter &painter, const Stroke &stroke, const QRectF &piece)
 {
     const double density = painter.device()->devicePixelRatioF();
-    std::array<Stroke, shades> strokes;
-    for (int i = 0; i < sheet.streaks; ++i) {
-        const Streak streak = streakOf(sheet, seed + i, size, t);
-        Stroke &stroke = strokes[static_cast<std::size_t>(std::lround(streak.seen * (shades - 1)))];
-        append(stroke.heads, streak, 0, waist, density);
-        append(stroke.tails, streak, waist, 1, density);
+    Lines heads;
+    Lines tails;
+    for (const Stroke::Member &member : stroke.members) {
+        if (overlap(member.frame, piece)) {
+            append(heads, member.streak, 0, waist, density);
+            append(tails, member.streak, waist, 1, density);
+        }
     }
-    for (std::size_t shade = 1; shade < shades; ++shade) {
-        const auto draw = [&](const Stroke::Lines &lines, float opacity) {
-            const float seen = opacity * static_cast<float>(shade) / (shades - 1);
-            painter.setPen(QPen(QColor::fromRgbF(0.8F, 0.88F, 1, seen), sheet.width, Qt::SolidLine, Qt::FlatCap));
-            painter.drawLines(lines.constData(), static_cast<int>(lines.size()));
-        };
-        draw(strokes[shade].tails, sheet.opacity * 0.45F);
-        draw(strokes[shade].heads, sheet.opacity);
+    const auto draw = [&](const Lines &lines, float opacity) {
+        const QColor colour = QColor::fromRgbF(0.8F, 0.88F, 1, opacity * stroke.seen);
+        painter.setPen(QPen(colour, stroke.sheet->width, Qt::SolidLine, Qt::FlatCap));
+        painter.drawLines(lines.constData(), static_cast<int>(lines.size()));
+    };
+    if (!heads.isEmpty()) {
+        draw(tails, stroke.sheet->opacity * 0.45F);
+        draw(heads, stroke.sheet->opacity);
     }
 }
 
@@ -158,31 +192,24 @@ void scenes::paintBokeh(SoftImage &image, double t)
     }
 }
 
-void scenes::paintRain(QPainter &painter, const QSizeF &size, double t)
+void scenes::paintRain(QPainter &painter, const QSizeF &size, double t, const QRegion &part)
 {
+    const std::vector<Stroke> strokes = strokesOf(size, t);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    int seed = 0;
-    for (const Sheet &sheet : sheets) {
-        paintSheet(painter, size, sheet, seed, t);
-        seed += sheet.streaks;
-    }
+    forEachPiece(painter, part, [&](const QRectF &piece) {
+        for (const Stroke &stroke : strokes)
+            paintStroke(painter, stroke, piece);
+    });
     painter.restore();
 }
 
 QRegion scenes::rainPart(const QSizeF &size, double t)
 {
     std::vector<QRectF> frames;
-    int seed = 0;
-    for (const Sheet &sheet : sheets) {
-        const double margin = sheet.width / 2 + 2; // the line's ends, and whole pixels at every density
-        for (int i = 0; i < sheet.streaks; ++i) {
-            const Streak streak = streakOf(sheet, seed + i, size, t);
-            if (streak.seen > 0)
-                frames.push_back(
-                    QRectF(streak.along(1), streak.head).normalized().adjusted(-margin, -margin, margin, margin));
-        }
-        seed += sheet.streaks;
+    for (const Stroke &stroke : strokesOf(size, t)) {
+        for (const Stroke::Member &member : stroke.members)
+            frames.push_back(member.frame);
     }
     return bandedRegion(frames, QRectF(QPointF(), size).toAlignedRect());
 }

@@ -10,7 +10,8 @@ class SoftImage;
 }
 
 /// What the animated layers are made of: each paints a view-filling picture that is a function of the size and of `t`
-/// (seconds). Elements are placed by scatter(), so that they are the same on every run.
+/// (seconds). Elements are placed by scatter(), so that they are the same on every run. What has many small ones paints
+/// only those in `part` (points), a rectangle at a time.
 namespace kelp::scenes {
 
 /// Curtains of northern lights, calmer in the middle, where the card is.
@@ -21,7 +22,7 @@ void paintNightForest(QPainter &painter, const QSizeF &size);
 [[nodiscard]] QRectF nightForestPart(const QSizeF &size);
 
 /// 260 stars that twinkle in their places.
-void paintStarfield(QPainter &painter, const QSizeF &size, double t);
+void paintStarfield(QPainter &painter, const QSizeF &size, double t, const QRegion &part);
 [[nodiscard]] QRegion starfieldPart(const QSizeF &size);
 
 /// The glow of an old screen, and a brighter band that rolls over it.
@@ -31,7 +32,7 @@ void paintScanlines(QPainter &painter, const QSizeF &size, double t);
 
 /// Lights far out of focus.
 void paintBokeh(SoftImage &image, double t);
-void paintRain(QPainter &painter, const QSizeF &size, double t);
+void paintRain(QPainter &painter, const QSizeF &size, double t, const QRegion &part);
 [[nodiscard]] QRegion rainPart(const QSizeF &size, double t);
 
 /// An evening sky and the sun's glow over a dark floor. Does not move.

@@ -1,5 +1,7 @@
 #include "platform/linux/x11/X11Grab.h"
 
+#include "base/Memory.h"
+
 #include <QSysInfo>
 
 #include <xcb/render.h>
@@ -174,7 +176,10 @@ QImage x11::grab(xcb_connection_t *connection, const QRect &part)
     const int id = shmget(IPC_PRIVATE, bytes, IPC_CREAT | 0600);
     if (id < 0)
         return {};
-    void *memory = shmat(id, nullptr, 0);
+    void *shared = shmat(id, nullptr, 0);
+    const bool isHere = shared != reinterpret_cast<void *>(-1);
+    if (isHere)
+        memory::populate(shared, bytes);
     const xcb_shm_seg_t segment = xcb_generate_id(connection);
     unheard(connection, xcb_shm_attach_checked(connection, segment, static_cast<std::uint32_t>(id), 0));
     const auto cookie =
@@ -184,14 +189,13 @@ QImage x11::grab(xcb_connection_t *connection, const QRect &part)
     const Reply<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(connection, cookie, nullptr));
     unheard(connection, xcb_shm_detach_checked(connection, segment));
     shmctl(id, IPC_RMID, nullptr); // it goes with the last who is attached
-    const bool isHere = memory != reinterpret_cast<void *>(-1);
     if (!reply || !isHere) {
         if (isHere)
-            detach(memory);
+            detach(shared);
         return {};
     }
-    return QImage(static_cast<uchar *>(memory), seen.width(), seen.height(), seen.width() * 4, QImage::Format_RGB32,
-                  detach, memory);
+    return QImage(static_cast<uchar *>(shared), seen.width(), seen.height(), seen.width() * 4, QImage::Format_RGB32,
+                  detach, shared);
 }
 
 QImage x11::grabEighth(xcb_connection_t *connection, const QRect &part)
