@@ -9,7 +9,7 @@ namespace kelp {
 namespace {
 
 constexpr int bandHeight = 32;  // points
-constexpr int smallestGap = 48; // points; painting a gap costs less than another rectangle
+constexpr int smallestGap = 16; // points
 
 using Interval = std::pair<int, int>; ///< from a column up to, not including, another
 

@@ -1,5 +1,6 @@
 #include "themes/Scatter.h"
 #include "themes/SoftImage.h"
+#include "themes/scenes/FillRows.h"
 #include "themes/scenes/Scenes.h"
 
 #include <QPainter>
@@ -28,8 +29,8 @@ void paintRow(QPainter &painter, double left, double top, int index, double colu
         const int length = 2 + static_cast<int>(7 * scatter(index * 31 + word, 43.1));
         const int to = std::min(from + length, last);
         const double bright = 0.55 + 0.45 * scatter(index * 31 + word, 61.7);
-        painter.setBrush(QColor::fromRgbF(0.3F, 1, 0.45F, static_cast<float>(opacity * bright)));
-        painter.drawRect(QRectF(left + from * cell, top, (to - from) * cell, 7));
+        scenes::fillRows(painter, QRectF(left + from * cell, top, (to - from) * cell, 7),
+                         QColor::fromRgbF(0.3F, 1, 0.45F, static_cast<float>(opacity * bright)));
         from = to + 1;
     }
 }
@@ -76,12 +77,10 @@ void scenes::paintPhosphor(SoftImage &image, double t)
 void scenes::paintScanlines(QPainter &painter, const QSizeF &size, double t)
 {
     painter.save();
-    painter.setPen(Qt::NoPen);
-    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::Antialiasing, false);
     const double columns = size.width() * 0.19 / cell;
     paintListing(painter, size, size.width() * 0.035, columns, 9, 0, t);
     paintListing(painter, size, size.width() * 0.79, columns, 14, 5000, t);
-    painter.setRenderHint(QPainter::Antialiasing, false);
     const QColor dark = QColor::fromRgbF(0, 0, 0, 0.3F);
     for (double y = 0; y < size.height(); y += linePitch)
         painter.fillRect(QRectF(0, y, size.width(), 1), dark);

@@ -1,5 +1,6 @@
 #include "themes/Scatter.h"
 #include "themes/SoftImage.h"
+#include "themes/scenes/FillRows.h"
 #include "themes/scenes/Scenes.h"
 
 #include <QLinearGradient>
@@ -193,17 +194,10 @@ void paintFloorLines(QPainter &painter, const QSizeF &size)
     }
 }
 
-/// A line across the view, its upper and lower edge blended, by whole rows of pixels: much cheaper than a polygon.
-void paintRow(QPainter &painter, const QSizeF &size, double middle, double thick, QColor colour)
+/// A line across the view.
+void paintRow(QPainter &painter, const QSizeF &size, double middle, double thick, const QColor &colour)
 {
-    const double pixel = 1 / painter.deviceTransform().m22();
-    const double top = middle - thick / 2;
-    const double opacity = colour.alphaF();
-    for (double y = std::floor(top / pixel) * pixel; y < top + thick; y += pixel) {
-        const double covered = (std::min(y + pixel, top + thick) - std::max(y, top)) / pixel;
-        colour.setAlphaF(static_cast<float>(opacity * std::clamp(covered, 0.0, 1.0)));
-        painter.fillRect(QRectF(0, y, size.width(), pixel), colour);
-    }
+    scenes::fillRows(painter, QRectF(0, middle - thick / 2, size.width(), thick), colour);
 }
 
 } // namespace
