@@ -6,7 +6,9 @@
 #include <memory>
 
 class QImage;
-typedef struct _GstBuffer GstBuffer; // NOLINT: as GStreamer declares it
+// As GStreamer declares them.
+typedef struct _GstBuffer GstBuffer;       // NOLINT
+typedef struct _GstVideoInfo GstVideoInfo; // NOLINT
 
 namespace kelp {
 
@@ -27,8 +29,9 @@ public:
     [[nodiscard]] static QString caps(const QSize &size, int framesPerSecond);
 
 private:
-    struct Parts;
-    std::unique_ptr<Parts> m_parts;
+    class Stock;
+    std::unique_ptr<GstVideoInfo> m_made;
+    std::shared_ptr<Stock> m_stock;
 };
 
 } // namespace kelp

@@ -8,6 +8,9 @@
 #include <QTemporaryFile>
 
 #include <array>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <utility>
 
 #include <gst/app/gstappsink.h>
@@ -86,6 +89,9 @@ public:
         m_source.reset(gst_bin_get_by_name(GST_BIN(m_line.get()), "source"));
         m_sink.reset(gst_bin_get_by_name(GST_BIN(m_line.get()), "sink"));
         m_bus.reset(gst_element_get_bus(m_line.get()));
+        GstPad *exit = gst_element_get_static_pad(m_source.get(), "src");
+        gst_pad_add_probe(exit, GST_PAD_PROBE_TYPE_BUFFER, frameLeft, this, nullptr);
+        gst_object_unref(exit);
         gst_element_set_state(m_line.get(), GST_STATE_PLAYING);
     }
     Pipeline(const Pipeline &) = delete;
@@ -150,7 +156,20 @@ private:
         void operator()(GstMessage *message) const { gst_message_unref(message); }
     };
 
-    static constexpr useconds_t patience = 1000; // 1 ms, less than any frame takes
+    /// How often an encoder that takes no more frames is asked whether it has failed.
+    static constexpr auto patience = std::chrono::milliseconds(100);
+
+    /// On the encoder's thread.
+    static GstPadProbeReturn frameLeft(GstPad *, GstPadProbeInfo *, void *self)
+    {
+        auto &pipeline = *static_cast<Pipeline *>(self);
+        {
+            const std::lock_guard lock(pipeline.m_mutex);
+            --pipeline.m_waiting;
+        }
+        pipeline.m_room.notify_one();
+        return GST_PAD_PROBE_OK;
+    }
 
     [[nodiscard]] GstAppSrc *source() const { return GST_APP_SRC(m_source.get()); }
 
@@ -164,8 +183,11 @@ private:
     /// False when the encoder has failed.
     [[nodiscard]] bool awaitRoom()
     {
-        while (gst_app_src_get_current_level_buffers(source()) >= mostFrames && !hasFailed())
-            ::usleep(patience);
+        bool hasRoom = false;
+        while (!hasRoom && !hasFailed()) {
+            std::unique_lock lock(m_mutex);
+            hasRoom = m_room.wait_for(lock, patience, [this] { return m_waiting < mostFrames; });
+        }
         return !hasFailed();
     }
 
@@ -174,6 +196,10 @@ private:
         GST_BUFFER_PTS(buffer) = timeOf(m_count);
         GST_BUFFER_DURATION(buffer) = timeOf(m_count + 1) - timeOf(m_count);
         ++m_count;
+        {
+            const std::lock_guard lock(m_mutex);
+            ++m_waiting;
+        }
         return gst_app_src_push_buffer(source(), buffer) == GST_FLOW_OK;
     }
 
@@ -192,6 +218,10 @@ private:
     std::unique_ptr<GstMessage, UnrefMini> m_end;
     std::unique_ptr<GstBuffer, UnrefMini> m_last;
     quint64 m_count = 0;
+
+    std::mutex m_mutex;
+    std::condition_variable m_room;
+    int m_waiting = 0; ///< frames that the encoder has not taken yet
 };
 
 QString VideoWriter::missing()

@@ -246,13 +246,17 @@ void ThemeBackgroundView::paintPicture(QPainter &painter, double density, Instan
     QImage *target = plainTarget(painter, m_pixels, density);
     if (m_canvas.size() != m_pixels || m_canvasTime != drift) {
         m_canvasTime = drift;
-        if (m_canvas.size() != m_pixels)
-            m_canvas = blankImage(m_pixels, QImage::Format_RGB32);
         softenAt(m_layer ? m_layer->time(step) : 0);
         const bool drifts = m_hasPicture && std::holds_alternative<ImageBackground>(m_theme.background);
         const Drift moved = drifts ? Drift::at(drift) : Drift();
         const QRect view = QRectF(QPointF(), QSizeF(m_pixels) / density).toAlignedRect();
         const bool isWhole = part.boundingRect().contains(view) && part.rectCount() == 1;
+        if (isWhole && target && !m_options.live) { // every frame is another one: nothing is worth keeping
+            m_canvas = {};
+            return PictureLayer::paint(*target, nullptr, m_picture, moved, m_soft);
+        }
+        if (m_canvas.size() != m_pixels)
+            m_canvas = blankImage(m_pixels, QImage::Format_RGB32);
         PictureLayer::paint(m_canvas, isWhole ? target : nullptr, m_picture, moved, m_soft);
         if (isWhole && target)
             return;

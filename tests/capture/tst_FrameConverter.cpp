@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include <gst/video/video.h>
@@ -30,6 +33,7 @@ private Q_SLOTS:
     void takesPicturesOfAnySize();
     void aPictureMayHavePadding();
     void framesDoNotShareMemory();
+    void memoryIsUsedAgain();
     void howLongAFrameTakes();
 };
 
@@ -291,6 +295,33 @@ void tst_FrameConverter::framesDoNotShareMemory()
     GstBuffer *second = converter.convert(other);
     QCOMPARE(firstFault(one, Planes(first, size)), QString());
     QCOMPARE(firstFault(other, Planes(second, size)), QString());
+}
+
+/// Also when what was kept to be repeated has been copied, and goes after the frame itself has gone.
+void tst_FrameConverter::memoryIsUsedAgain()
+{
+    const QSize size(64, 48);
+    QImage picture(size, QImage::Format_RGB32);
+    picture.fill(Qt::white);
+    std::set<const void *> places;
+    std::optional<FrameConverter> converter(std::in_place, size, 30);
+    GstBuffer *before = nullptr;
+    for (int i = 0; i < 20; ++i) {
+        GstBuffer *frame = converter->convert(picture);
+        GstMapInfo map;
+        QVERIFY(gst_buffer_map(frame, &map, GST_MAP_READ));
+        places.insert(map.data);
+        gst_buffer_unmap(frame, &map);
+        GstBuffer *copy = gst_buffer_copy(frame);
+        gst_buffer_unref(frame);
+        if (before)
+            gst_buffer_unref(before);
+        before = copy;
+    }
+    QCOMPARE(places.size(), 2U);
+    // The encoder may be the last to let go.
+    converter.reset();
+    gst_buffer_unref(before);
 }
 
 void tst_FrameConverter::howLongAFrameTakes()

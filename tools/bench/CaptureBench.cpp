@@ -1,7 +1,8 @@
 // kelp-bench-capture [CLIP...]: how fast `kelp --record` is, beside x264 alone on the same frames with the same
 // settings, and what drawing and converting a frame costs. Everything is measured in one run, clip by clip and in
-// turns, so that both see the same machine. Where other work goes on meanwhile, the ratio of CPU times tells more than
-// that of frame rates: the encoder alone keeps every core busy, so what else needs a core takes it from the encoder.
+// turns, so that both see the same machine, and in the end once more with one start of Kelp for all of them. Where
+// other work goes on meanwhile, the ratio of CPU times tells more than that of frame rates: the encoder alone keeps
+// every core busy, so what else needs a core takes it from the encoder.
 
 #include "capture/DesktopScene.h"
 #include "capture/FrameConverter.h"
@@ -92,16 +93,22 @@ double peakOf(pid_t process)
     return status.mid(at + 6, status.indexOf("kB", at) - at - 6).trimmed().toDouble() / 1024;
 }
 
-/// Records the clip with the program itself.
-void runKelp(const QString &clip, const QString &folder, Figures &figures)
+/// Records the clips with the program itself.
+void runKelp(const QStringList &clips, const QString &folder, Figures &figures)
 {
+    std::vector<QByteArray> words{"kelp", "--record", QFile::encodeName(folder)};
+    for (const QString &clip : clips)
+        words.push_back(clip.toLatin1());
+    std::vector<char *> arguments;
+    for (QByteArray &word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
     const QByteArray program = QFile::encodeName(QCoreApplication::applicationDirPath() + u"/kelp"_s);
     const double begin = seconds(CLOCK_MONOTONIC);
     const pid_t child = ::fork();
     if (child == 0) {
         ::dup2(STDERR_FILENO, STDOUT_FILENO);
-        ::execl(program.constData(), "kelp", "--record", QFile::encodeName(folder).constData(),
-                clip.toLatin1().constData(), static_cast<char *>(nullptr));
+        ::execv(program.constData(), arguments.data());
         ::_exit(127);
     }
     int status = 0;
@@ -113,8 +120,10 @@ void runKelp(const QString &clip, const QString &folder, Figures &figures)
     }
     figures.kelpSeconds = seconds(CLOCK_MONOTONIC) - begin;
     figures.kelpCpu = seconds(usage.ru_utime) + seconds(usage.ru_stime);
-    if (!QFileInfo::exists(folder + u'/' + clip + u".mp4"_s))
-        qFatal("kelp has recorded no %s", qPrintable(clip));
+    for (const QString &clip : clips) {
+        if (!QFile::remove(folder + u'/' + clip + u".mp4"_s))
+            qFatal("kelp has recorded no %s", qPrintable(clip));
+    }
 }
 
 GstElement *part(GstElement *line, const char *name)
@@ -203,6 +212,7 @@ int main(int argc, char **argv)
     std::puts("                  frames a second             CPU, ms per frame");
     std::puts("clip       frames    kelp    x264  ratio     kelp     x264  ratio  drawing  convert  peak MB");
     Figures all;
+    QStringList names;
     bool isKelpFirst = true;
     for (const Recorder::Clip &clip : Recorder::clips({})) {
         if (!only.isEmpty() && !only.contains(clip.name))
@@ -212,14 +222,20 @@ int main(int argc, char **argv)
         const std::vector<GstBuffer *> frames = drawnFrames(clip, figures);
         // Neither is always the one that has a rested machine.
         if (isKelpFirst)
-            runKelp(clip.name, folder.path(), figures);
+            runKelp({clip.name}, folder.path(), figures);
         encode(frames, figures);
         if (!isKelpFirst)
-            runKelp(clip.name, folder.path(), figures);
+            runKelp({clip.name}, folder.path(), figures);
         isKelpFirst = !isKelpFirst;
         figures.print(qPrintable(clip.name));
         all += figures;
+        names.append(clip.name);
     }
     all.print("all");
+    // As one does it: one start of the program for the whole set.
+    if (names.size() > 1) {
+        runKelp(names, folder.path(), all);
+        all.print("in one go");
+    }
     return 0;
 }
