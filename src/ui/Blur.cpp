@@ -112,7 +112,7 @@ QImage blurred(const QImage &image, double radius)
     const int height = image.height();
     const int channels = image.depth() / 8;
     // Blurred along the lines, one column after the other.
-    const std::size_t count = std::size_t{1} * width * height * channels;
+    const auto count = static_cast<std::size_t>(qsizetype{width} * height * channels);
     const auto columns = std::make_unique_for_overwrite<Level[]>(count);
     memory::populate(columns.get(), count * sizeof(Level));
     Line line(width, channels, sides);
