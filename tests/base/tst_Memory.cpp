@@ -44,7 +44,8 @@ void tst_Memory::freshPagesAreThereAtOnce_data()
     QTest::newRow("shared with the display server") << true;
 }
 
-/// Writing to them interrupts the system no more, or hardly: it has had them all.
+/// Writing to them interrupts the system no more, or hardly: it has had them all. AddressSanitizer has notes of its own
+/// about memory, a page of them for eight.
 void tst_Memory::freshPagesAreThereAtOnce()
 {
     QFETCH(bool, shared);
@@ -68,7 +69,7 @@ void tst_Memory::freshPagesAreThereAtOnce()
         ::shmdt(memory);
     else
         ::munmap(memory, bytes);
-    QVERIFY2(after - before < static_cast<long>(pages) / 10, qPrintable(QString::number(after - before)));
+    QVERIFY2(after - before < static_cast<long>(pages) / 4, qPrintable(QString::number(after - before)));
 }
 
 /// Also where the memory begins and ends within a page that has other things on it.
