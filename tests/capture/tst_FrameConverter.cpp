@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
 #include <optional>
 #include <set>
 #include <utility>
@@ -305,6 +306,7 @@ void tst_FrameConverter::memoryIsUsedAgain()
     picture.fill(Qt::white);
     std::set<const void *> places;
     std::optional<FrameConverter> converter(std::in_place, size, 30);
+    std::vector<std::unique_ptr<char[]>> others;
     GstBuffer *before = nullptr;
     for (int i = 0; i < 20; ++i) {
         GstBuffer *frame = converter->convert(picture);
@@ -317,6 +319,7 @@ void tst_FrameConverter::memoryIsUsedAgain()
         if (before)
             gst_buffer_unref(before);
         before = copy;
+        others.push_back(std::make_unique<char[]>(map.size)); // takes the place of what was not kept
     }
     QCOMPARE(places.size(), 2U);
     // The encoder may be the last to let go.
