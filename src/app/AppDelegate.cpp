@@ -104,10 +104,6 @@ void AppDelegate::finishLaunching()
 
     followAppearance();
     connect(m_appearance.get(), &DesktopAppearance::changed, this, &AppDelegate::followAppearance);
-    makeMainWindow();
-
-    m_activator->keepOutOfLists(*m_mainWindow); // it belongs to the tray
-    m_activator->whenLeft(*m_mainWindow, [this] { m_panelLoss->note(); });
 
     m_scheduler.onDue = [this](const Meeting &meeting) { return onDue(meeting); };
     connect(&m_scheduler, &Scheduler::changed, this, &AppDelegate::updateStatusTitle);
@@ -151,7 +147,7 @@ void AppDelegate::updateStatusTitle()
 
 void AppDelegate::toggleFromTray(const QString &token)
 {
-    if (m_mainWindow->isVisible() && m_panelLoss->isRecent())
+    if (isMainWindowVisible() && m_panelLoss->isRecent())
         hideMainWindow();
     else
         toggleMainWindow(token);
@@ -165,14 +161,24 @@ void AppDelegate::followAppearance()
         m_appearanceWindow->setMotion(!m_appearance->reducesMotion());
 }
 
-void AppDelegate::makeMainWindow()
+SettingsView &AppDelegate::mainWindow()
 {
+    if (m_mainWindow)
+        return *m_mainWindow;
     m_mainWindow = std::make_unique<SettingsView>(
         SettingsView::Services{m_auth, m_scheduler, m_preferences, m_clock, *m_opener, *m_loginItem});
     m_mainWindow->setWindowTitle(u"Kelp"_s);
     m_mainWindow->onAppearance = [this] { showAppearance(); };
     m_mainWindow->isHotkeyTrusted = [this] { return m_hotkey->isTrusted(); };
     connect(m_mainWindow.get(), &SettingsView::signInRequested, this, &AppDelegate::signIn);
+    m_activator->keepOutOfLists(*m_mainWindow); // it belongs to the tray
+    m_activator->whenLeft(*m_mainWindow, [this] { m_panelLoss->note(); });
+    return *m_mainWindow;
+}
+
+bool AppDelegate::isMainWindowVisible() const
+{
+    return m_mainWindow && m_mainWindow->isVisible();
 }
 
 void AppDelegate::showAppearance()
@@ -228,7 +234,7 @@ void AppDelegate::testOverlay()
 
 void AppDelegate::toggleMainWindow(const QString &token)
 {
-    if (m_mainWindowIsAwaited || m_activator->isActive(*m_mainWindow))
+    if (m_mainWindowIsAwaited || (m_mainWindow && m_activator->isActive(*m_mainWindow)))
         hideMainWindow();
     else
         showMainWindow(token);
@@ -239,19 +245,20 @@ void AppDelegate::showMainWindow(const QString &token)
     m_mainWindowIsAwaited = m_overlay->isShown();
     if (m_mainWindowIsAwaited)
         return;
-    if (!m_mainWindow->isVisible()) {
-        m_mainWindow->prepare();
+    SettingsView &window = mainWindow();
+    if (!window.isVisible()) {
+        window.prepare();
         const QScreen *screen = QGuiApplication::primaryScreen();
         const QRect available = screen ? screen->availableGeometry() : QRect();
-        m_mainWindow->move(available.center() - m_mainWindow->rect().center());
+        window.move(available.center() - window.rect().center());
     }
-    m_activator->activate(*m_mainWindow, token);
+    m_activator->activate(window, token);
 }
 
 void AppDelegate::hideMainWindow()
 {
     m_mainWindowIsAwaited = false;
-    if (m_mainWindow->isVisible())
+    if (isMainWindowVisible())
         m_mainWindow->close();
 }
 
@@ -284,7 +291,7 @@ void AppDelegate::signIn()
     const bool isFirst = m_auth.accounts().isEmpty();
     m_auth.signIn(this, [this, isFirst](const Result<Account, AuthError> &account) {
         if (!account) {
-            m_mainWindow->setError(account.error().description());
+            mainWindow().setError(account.error().description());
             return;
         }
         if (isFirst)

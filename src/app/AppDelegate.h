@@ -62,7 +62,9 @@ private:
     void toggleFromTray(const QString &token);
     void updateStatusTitle();
     void followAppearance();
-    void makeMainWindow();
+    /// The panel, made when it is first needed: most days of most users pass without it, and it costs megabytes.
+    [[nodiscard]] SettingsView &mainWindow();
+    [[nodiscard]] bool isMainWindowVisible() const;
     void showMainWindow(const QString &token = {});
     void hideMainWindow();
     void showAwaitedMainWindow();
@@ -94,7 +96,7 @@ private:
     std::unique_ptr<SoundPlayer> m_soundPlayer;
     OverlaySounds m_sounds;
     std::unique_ptr<OverlayController> m_overlay;
-    std::unique_ptr<SettingsView> m_mainWindow;
+    std::unique_ptr<SettingsView> m_mainWindow;         ///< once it was needed
     bool m_mainWindowIsAwaited = false;                 ///< it comes when the overlay has gone
     std::unique_ptr<AppearanceView> m_appearanceWindow; ///< once it was opened
     std::unique_ptr<RecentLoss> m_panelLoss;

@@ -219,10 +219,12 @@ Result<void, FileError> AtomicFile::syncFolder()
 
 void AtomicFile::sweep(const QString &folder)
 {
-    const QString pattern = QLatin1String(temporaryPrefix) + u'*' + QLatin1String(temporarySuffix);
-    const QStringList names = QDir(folder).entryList({pattern}, QDir::Files | QDir::Hidden | QDir::System);
-    for (const QString &name : names)
-        ::unlink(QFile::encodeName(folder + u'/' + name).constData());
+    // A pattern handed to QDir would cost half a megabyte for its regular expression, at every start.
+    const QStringList names = QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System);
+    for (const QString &name : names) {
+        if (name.startsWith(QLatin1String(temporaryPrefix)) && name.endsWith(QLatin1String(temporarySuffix)))
+            ::unlink(QFile::encodeName(folder + u'/' + name).constData());
+    }
 }
 
 } // namespace kelp

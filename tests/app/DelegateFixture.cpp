@@ -79,13 +79,27 @@ bool DelegateFixture::launch()
     return !isSignedIn || until([this] { return platform.item->looks.size() > 2; });
 }
 
-SettingsView &DelegateFixture::panel() const
+SettingsView *DelegateFixture::findPanel() const
 {
     for (QWidget *each : QApplication::topLevelWidgets()) {
         if (auto *panel = qobject_cast<SettingsView *>(each))
-            return *panel;
+            return panel;
     }
-    qFatal("there is no panel");
+    return nullptr;
+}
+
+SettingsView &DelegateFixture::panel() const
+{
+    SettingsView *panel = findPanel();
+    if (!panel)
+        qFatal("there is no panel");
+    return *panel;
+}
+
+bool DelegateFixture::isPanelVisible() const
+{
+    const SettingsView *panel = findPanel();
+    return panel && panel->isVisible();
 }
 
 QStringList DelegateFixture::texts() const

@@ -44,7 +44,9 @@ public:
         });
     }
 
+    [[nodiscard]] SettingsView *findPanel() const; ///< null before it was first needed
     [[nodiscard]] SettingsView &panel() const;
+    [[nodiscard]] bool isPanelVisible() const;
     [[nodiscard]] bool isOverlayShown() const { return !platform.cover->visible().isEmpty(); }
     /// What the overlay on the first screen says, and a button of it.
     [[nodiscard]] QStringList texts() const;
