@@ -101,7 +101,7 @@ void OverlayController::show(const OverlayContent &content, const std::optional<
     m_keys.start();
     coverScreens();
     loadPicture();
-    m_prepared.reset();
+    forgetPrepared();
     if (m_meeting) {
         m_showing->silence = std::make_unique<QObject>();
         m_clock.after(longestSilence, m_showing->silence.get(), [this] { startSound(); });
@@ -118,10 +118,11 @@ void OverlayController::prepare(const OverlayContent &content)
         return;
     m_prepared = std::make_unique<QObject>();
     m_clock.after(preparedSeconds, m_prepared.get(), [this] {
-        m_prepared.reset();
+        forgetPrepared();
         ThemeImages::forgetDecoded();
         memory::giveBack();
     });
+    m_cover.expectPictures();
     // A random theme is chosen when it is shown.
     const OverlayTheme theme = OverlayTheme::named(m_preferences.get(preference::theme));
     if (!ThemeImages::isReady(theme, m_preferences))
@@ -132,6 +133,12 @@ void OverlayController::prepare(const OverlayContent &content)
         const Arrangement card = scene.card(screen->size(), now, {});
         static_cast<void>(OverlayScene::cardPicture(card, screen->devicePixelRatio(), now));
     }
+}
+
+void OverlayController::forgetPrepared()
+{
+    m_prepared.reset();
+    m_cover.forgetPictures();
 }
 
 void OverlayController::hide(bool animated)

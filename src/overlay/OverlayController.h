@@ -40,8 +40,8 @@ public:
     /// What is on the screens already vanishes at once.
     void show(const OverlayContent &content, const std::optional<OverlayTheme> &theme = {});
     void hide(bool animated);
-    /// Makes ready what a showing of `content` within the next seconds needs (fonts, the picture of the theme), so that
-    /// it appears at once. Forgotten again when no showing comes.
+    /// Makes ready what a showing of `content` within the next seconds needs (fonts, the picture of the theme, memory
+    /// for pictures of the screens), so that it appears at once. Forgotten again when no showing comes.
     void prepare(const OverlayContent &content);
 
     /// Whether there are windows on the screens, those that are fading out left aside.
@@ -66,6 +66,7 @@ private:
     void joinPrevious();
     void snooze();
     void confirm();
+    void forgetPrepared();
     void loadPicture();
     void tick();
     void soundOnceSeen();

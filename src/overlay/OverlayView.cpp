@@ -190,7 +190,8 @@ void OverlayView::closeEvent(QCloseEvent *event)
 
 bool OverlayView::event(QEvent *event)
 {
-    if (event->type() == QEvent::ScreenChangeInternal) // the density may be another one
+    // The density may be another one. Before the card is drawn for the first time, it waits for the size.
+    if (event->type() == QEvent::ScreenChangeInternal && !m_card.isNull())
         layOut();
     return QWidget::event(event);
 }

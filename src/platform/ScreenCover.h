@@ -45,6 +45,11 @@ public:
     /// The screen that the user is working on, or null where that cannot be known.
     [[nodiscard]] virtual QScreen *currentScreen() const = 0;
     [[nodiscard]] virtual Fade fade() const = 0;
+    /// Says that a `picture` of each screen will be wanted within seconds. What takes time about it is done now, and
+    /// its memory kept until then.
+    virtual void expectPictures() {}
+    /// Gives back what was kept for pictures that were not taken.
+    virtual void forgetPictures() {}
     /// What the screen shows now; null where it cannot be seen.
     [[nodiscard]] virtual QPixmap picture(QScreen &screen) const = 0;
     /// The same at an eighth of its size, for what blurs it anyway; null where it cannot be seen.

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void doesNotWaitForAPicture();
     void aPreparedShowingHasItsPictureAtOnce();
     void whatIsPreparedInVainIsForgotten();
+    void picturesOfTheScreensAreExpectedForAWhile();
     void nothingIsDecodedAnyMoreOnceHidden();
 };
 
@@ -291,6 +292,20 @@ void tst_OverlayController::whatIsPreparedInVainIsForgotten()
     QVERIFY(ThemeImages::isReady(space, *preferences));
     controller->hide(false);
     QVERIFY(!ThemeImages::isReady(space, *preferences));
+}
+
+void tst_OverlayController::picturesOfTheScreensAreExpectedForAWhile()
+{
+    controller->prepare(review);
+    QVERIFY(cover->expectsPictures);
+    controller->show(review); // it has taken what it needs
+    QVERIFY(!cover->expectsPictures);
+    controller->hide(false);
+    controller->prepare(review);
+    clock->advance(29);
+    QVERIFY(cover->expectsPictures);
+    clock->advance(2);
+    QVERIFY(!cover->expectsPictures);
 }
 
 void tst_OverlayController::nothingIsDecodedAnyMoreOnceHidden()

@@ -33,6 +33,8 @@ public:
     [[nodiscard]] QSet<quint32> heldKeys() const override { return held; }
     [[nodiscard]] QScreen *currentScreen() const override { return current; }
     [[nodiscard]] Fade fade() const override { return means; }
+    void expectPictures() override { expectsPictures = true; }
+    void forgetPictures() override { expectsPictures = false; }
     [[nodiscard]] QPixmap picture(QScreen &screen) const override
     {
         QPixmap desktop(screen.size());
@@ -64,6 +66,7 @@ public:
     QSet<quint32> held;
     QScreen *current = nullptr;
     Fade means = Fade::None;
+    bool expectsPictures = false;
     std::function<QColor(const QScreen &)> behind; ///< what lies behind the windows
 };
 

@@ -37,6 +37,7 @@ public:
     [[nodiscard]] bool startServer();
     [[nodiscard]] const QString &problem() const { return m_problem; }
     [[nodiscard]] QString display() const { return m_display; } ///< ":7"
+    [[nodiscard]] qint64 processId() const { return m_server.processId(); }
 
     /// Runs a command to its end against this display and returns what it wrote.
     QString run(const QString &program, const QStringList &arguments);

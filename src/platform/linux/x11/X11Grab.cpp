@@ -1,36 +1,27 @@
 #include "platform/linux/x11/X11Grab.h"
 
-#include "base/Memory.h"
+#include "platform/linux/x11/X11Reply.h"
+#include "platform/linux/x11/X11SharedPicture.h"
 
 #include <QSysInfo>
 
 #include <xcb/render.h>
-#include <xcb/shm.h>
 #include <xcb/xcb.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <optional>
 #include <utility>
 
-#include <sys/ipc.h>
-#include <sys/shm.h>
-
-namespace kelp {
+namespace kelp::x11 {
 
 namespace {
 
 constexpr int halvings = 3;
+constexpr int shrinking = 1 << halvings;
 constexpr std::uint8_t depthOfPictures = 24;
-
-struct Free
-{
-    void operator()(void *reply) const { std::free(reply); }
-};
-template<typename T>
-using Reply = std::unique_ptr<T, Free>;
 
 const xcb_screen_t &firstScreen(xcb_connection_t *connection)
 {
@@ -53,12 +44,6 @@ QRect visible(xcb_connection_t *connection, const QRect &part)
 void unheard(xcb_connection_t *connection, xcb_void_cookie_t cookie)
 {
     xcb_discard_reply(connection, cookie.sequence);
-}
-
-bool has(xcb_connection_t *connection, xcb_extension_t *extension)
-{
-    const xcb_query_extension_reply_t *found = xcb_get_extension_data(connection, extension);
-    return found && found->present;
 }
 
 /// The format of the root window's pixels in the eyes of the RENDER extension.
@@ -159,64 +144,99 @@ QImage downloaded(xcb_connection_t *connection, xcb_drawable_t drawable, const Q
     return image;
 }
 
-/// Lets go of the shared memory behind a picture.
-void detach(void *memory)
+/// An eighth as wide and high: each pixel is the mean of a square of 64. What fills no square is left out.
+QImage eighth(const QImage &picture)
 {
-    shmdt(memory);
+    constexpr int channels = 4;
+    QImage result(picture.width() / shrinking, picture.height() / shrinking, QImage::Format_RGB32);
+    const auto bytes = static_cast<std::size_t>(result.width()) * shrinking * channels;
+    std::vector<std::uint16_t> columns(bytes); // sums of eight pixels one below the other
+    for (int y = 0; y < result.height(); ++y) {
+        std::fill(columns.begin(), columns.end(), std::uint16_t{0});
+        for (int row = 0; row < shrinking; ++row) {
+            const uchar *from = picture.constScanLine(y * shrinking + row);
+            for (std::size_t i = 0; i < bytes; ++i)
+                columns[i] = static_cast<std::uint16_t>(columns[i] + from[i]);
+        }
+        uchar *to = result.scanLine(y);
+        const std::uint16_t *column = columns.data();
+        for (int x = 0; x < result.width(); ++x, column += shrinking * channels) {
+            for (int channel = 0; channel < channels; ++channel) {
+                int sum = 0;
+                for (int i = 0; i < shrinking; ++i)
+                    sum += column[i * channels + channel];
+                *to++ = static_cast<uchar>((sum + shrinking * shrinking / 2) / (shrinking * shrinking));
+            }
+        }
+    }
+    return result;
 }
 
 } // namespace
 
-QImage x11::grab(xcb_connection_t *connection, const QRect &part)
+Grabber::Grabber(xcb_connection_t *connection) : m_connection(connection) {}
+
+Grabber::~Grabber() = default;
+
+void Grabber::expect(const QRect &part)
 {
-    const QRect seen = visible(connection, part);
-    if (seen.isEmpty() || !has(connection, &xcb_shm_id))
-        return {};
-    const auto bytes = static_cast<std::size_t>(seen.width()) * static_cast<std::size_t>(seen.height()) * 4;
-    const int id = shmget(IPC_PRIVATE, bytes, IPC_CREAT | 0600);
-    if (id < 0)
-        return {};
-    void *shared = shmat(id, nullptr, 0);
-    const bool isHere = shared != reinterpret_cast<void *>(-1);
-    if (isHere)
-        memory::populate(shared, bytes);
-    const xcb_shm_seg_t segment = xcb_generate_id(connection);
-    unheard(connection, xcb_shm_attach_checked(connection, segment, static_cast<std::uint32_t>(id), 0));
-    const auto cookie =
-        xcb_shm_get_image(connection, firstScreen(connection).root, static_cast<std::int16_t>(seen.x()),
-                          static_cast<std::int16_t>(seen.y()), static_cast<std::uint16_t>(seen.width()),
-                          static_cast<std::uint16_t>(seen.height()), ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, segment, 0);
-    const Reply<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(connection, cookie, nullptr));
-    unheard(connection, xcb_shm_detach_checked(connection, segment));
-    shmctl(id, IPC_RMID, nullptr); // it goes with the last who is attached
-    if (!reply || !isHere) {
-        if (isHere)
-            detach(shared);
-        return {};
+    const QRect seen = visible(m_connection, part);
+    std::unique_ptr<SharedPicture> picture = SharedPicture::make(m_connection, seen.size());
+    if (picture && picture->copyFrom(seen.topLeft())) {
+        picture->touch();
+        m_expected.push_back(std::move(picture));
     }
-    return QImage(static_cast<uchar *>(shared), seen.width(), seen.height(), seen.width() * 4, QImage::Format_RGB32,
-                  detach, shared);
 }
 
-QImage x11::grabEighth(xcb_connection_t *connection, const QRect &part)
+void Grabber::forget()
 {
-    const QRect seen = visible(connection, part);
-    if (seen.isEmpty() || !has(connection, &xcb_render_id))
+    m_expected.clear();
+}
+
+QImage Grabber::grab(const QRect &part)
+{
+    const QRect seen = visible(m_connection, part);
+    const auto expected = findExpected(seen.size());
+    std::unique_ptr<SharedPicture> picture;
+    if (expected != m_expected.end()) {
+        picture = std::move(*expected);
+        m_expected.erase(expected);
+    } else {
+        picture = SharedPicture::make(m_connection, seen.size());
+    }
+    return picture && picture->copyFrom(seen.topLeft()) ? picture->toImage() : QImage();
+}
+
+Grabber::Pictures::iterator Grabber::findExpected(const QSize &size)
+{
+    return std::find_if(m_expected.begin(), m_expected.end(),
+                        [&](const auto &picture) { return picture->size() == size; });
+}
+
+QImage Grabber::grabEighth(const QRect &part)
+{
+    const QRect seen = visible(m_connection, part);
+    // With memory at hand, copying all of it and shrinking it here is sooner done than asking the server for that.
+    const auto expected = findExpected(seen.size());
+    if (expected != m_expected.end() && std::min(seen.width(), seen.height()) >= shrinking &&
+        (*expected)->copyFrom(seen.topLeft()))
+        return eighth((*expected)->view());
+    if (seen.isEmpty() || !hasExtension(m_connection, xcb_render_id))
         return {};
-    const std::optional<xcb_render_pictformat_t> format = rootFormat(connection);
+    const std::optional<xcb_render_pictformat_t> format = rootFormat(m_connection);
     if (!format)
         return {};
-    auto from = std::make_unique<ServerPicture>(connection, *format);
+    auto from = std::make_unique<ServerPicture>(m_connection, *format);
     QPoint corner = seen.topLeft();
     QSize size = seen.size();
     for (int i = 0; i < halvings; ++i) {
         size = QSize(std::max(1, size.width() / 2), std::max(1, size.height() / 2));
-        auto to = std::make_unique<ServerPicture>(connection, *format, size);
+        auto to = std::make_unique<ServerPicture>(m_connection, *format, size);
         to->takeHalf(*from, corner, size);
         from = std::move(to);
         corner = {};
     }
-    return downloaded(connection, from->drawable(), size);
+    return downloaded(m_connection, from->drawable(), size);
 }
 
-} // namespace kelp
+} // namespace kelp::x11

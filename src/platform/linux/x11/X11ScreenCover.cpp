@@ -2,6 +2,7 @@
 
 #include "base/Logging.h"
 #include "platform/linux/x11/X11Grab.h"
+#include "platform/linux/x11/X11Reply.h"
 
 #include <QCursor>
 #include <QGuiApplication>
@@ -12,8 +13,6 @@
 #include <xcb/xcb.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <memory>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -21,17 +20,12 @@ using namespace std::chrono_literals;
 
 namespace kelp {
 
+using x11::Reply;
+
 namespace {
 
 /// Long enough for a change of focus between two of our own windows to be over.
 constexpr auto takeBackDelay = 60ms;
-
-struct Free
-{
-    void operator()(void *reply) const { std::free(reply); }
-};
-template<typename T>
-using Reply = std::unique_ptr<T, Free>;
 
 xcb_connection_t *connection()
 {
@@ -52,13 +46,18 @@ std::uint32_t nativeId(const QWidget &window)
 } // namespace
 
 X11ScreenCover::X11ScreenCover(QObject *parent)
-    : ScreenCover(parent), m_connection(connection()), m_screens(m_connection)
+    : ScreenCover(parent),
+      m_connection(connection()),
+      m_screens(m_connection),
+      m_grabber(std::make_unique<x11::Grabber>(m_connection))
 {
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](QWindow *now) {
         if (!now && m_keyboardWindow)
             takeBackSoon();
     });
 }
+
+X11ScreenCover::~X11ScreenCover() = default;
 
 void X11ScreenCover::prepare(QWidget &window, QScreen &screen)
 {
@@ -133,9 +132,22 @@ ScreenCover::Fade X11ScreenCover::fade() const
     return owner && owner->owner != XCB_WINDOW_NONE ? Fade::WindowOpacity : Fade::Picture;
 }
 
+void X11ScreenCover::expectPictures()
+{
+    if (fade() != Fade::Picture)
+        return;
+    for (const QScreen *screen : QGuiApplication::screens())
+        m_grabber->expect(nativeGeometry(*screen));
+}
+
+void X11ScreenCover::forgetPictures()
+{
+    m_grabber->forget();
+}
+
 QPixmap X11ScreenCover::picture(QScreen &screen) const
 {
-    QPixmap shown = QPixmap::fromImage(x11::grab(m_connection, nativeGeometry(screen)));
+    QPixmap shown = QPixmap::fromImage(m_grabber->grab(nativeGeometry(screen)));
     if (shown.isNull()) // the server is on another machine
         return screen.grabWindow(0);
     shown.setDevicePixelRatio(screen.devicePixelRatio());
@@ -144,7 +156,7 @@ QPixmap X11ScreenCover::picture(QScreen &screen) const
 
 QImage X11ScreenCover::smallPicture(QScreen &screen) const
 {
-    return x11::grabEighth(m_connection, nativeGeometry(screen));
+    return m_grabber->grabEighth(nativeGeometry(screen));
 }
 
 void X11ScreenCover::focus(std::uint32_t window)

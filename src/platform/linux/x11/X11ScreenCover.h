@@ -7,10 +7,15 @@
 #include <QWidget>
 
 #include <cstdint>
+#include <memory>
 
 struct xcb_connection_t;
 
 namespace kelp {
+
+namespace x11 {
+class Grabber;
+}
 
 /// Covers screens under X11 with windows that no window manager touches (override-redirect), which is the one kind that
 /// every window manager leaves on its own screen and above full-screen windows, panels and later windows, on every
@@ -25,6 +30,7 @@ class X11ScreenCover final : public ScreenCover
 public:
     /// Nothing but a QGuiApplication on the platform "xcb" may be running.
     explicit X11ScreenCover(QObject *parent = nullptr);
+    ~X11ScreenCover() override;
 
     void prepare(QWidget &window, QScreen &screen) override;
     void fit(QWidget &window, QScreen &screen) override;
@@ -35,6 +41,8 @@ public:
     [[nodiscard]] QSet<quint32> heldKeys() const override;
     [[nodiscard]] QScreen *currentScreen() const override;
     [[nodiscard]] Fade fade() const override;
+    void expectPictures() override;
+    void forgetPictures() override;
     [[nodiscard]] QPixmap picture(QScreen &screen) const override;
     [[nodiscard]] QImage smallPicture(QScreen &screen) const override;
 
@@ -47,6 +55,7 @@ private:
 
     xcb_connection_t *m_connection;
     X11Screens m_screens;
+    std::unique_ptr<x11::Grabber> m_grabber;
     QPointer<QWidget> m_keyboardWindow;
     bool m_hasKeyboard = false; ///< one of our windows is to have it
     std::uint32_t m_before = 0; ///< the window that had it before

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/X11Screens.h"
 
 #include "base/Logging.h"
+#include "platform/linux/x11/X11Reply.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -12,23 +13,13 @@
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
 
-#include <cstdlib>
 #include <memory>
 #include <utility>
 #include <vector>
 
 namespace kelp {
 
-namespace {
-
-struct Free
-{
-    void operator()(void *reply) const { std::free(reply); }
-};
-template<typename T>
-using Reply = std::unique_ptr<T, Free>;
-
-} // namespace
+using x11::Reply;
 
 X11Screens::X11Screens(xcb_connection_t *connection) : m_connection(connection)
 {
