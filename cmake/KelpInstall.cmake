@@ -2,8 +2,8 @@
 include(GNUInstallDirs)
 
 install(TARGETS kelp RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-# Where kelp looks for it, seen from its own folder.
-install(TARGETS kelp-sound-child RUNTIME DESTINATION libexec/kelp)
+# Where kelp looks for them, seen from its own folder.
+install(TARGETS kelp-sound-child kelp-capture-program RUNTIME DESTINATION libexec/kelp)
 install(FILES packaging/app.kelp.Kelp.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES packaging/kelp.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 

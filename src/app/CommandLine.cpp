@@ -22,6 +22,14 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     return {};
 }
 
+CommandLine CommandLine::parse(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return parse(arguments);
+}
+
 QString CommandLine::help()
 {
     return uR"(Usage: kelp [--snapshot FOLDER | --record FOLDER [CLIP...] | --help | --version]

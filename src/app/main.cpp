@@ -1,28 +1,34 @@
 #include "app/AppDelegate.h"
-#include "app/CaptureRun.h"
 #include "app/CommandLine.h"
 #include "base/Clock.h"
+#include "base/Folders.h"
 #include "base/Memory.h"
 #include "platform/Platform.h"
 #include "platform/SingleInstance.h"
 #include "ui/KelpStyle.h"
 
 #include <QApplication>
+#include <QFile>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <optional>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace kelp;
 
 namespace {
 
-QStringList textsOf(int argc, char **argv)
+/// Lets another program take the place of this process, which keeps its arguments. Returns the exit status only where
+/// that fails.
+int become(const QString &program, char **argv)
 {
-    QStringList texts;
-    for (int i = 0; i < argc; ++i)
-        texts.append(QString::fromLocal8Bit(argv[i]));
-    return texts;
+    ::execv(QFile::encodeName(program).constData(), argv);
+    std::fprintf(stderr, "Kelp cannot start %s: %s\n", qUtf8Printable(program), std::strerror(errno));
+    return 1;
 }
 
 int runApplication(int &argc, char **argv)
@@ -57,11 +63,11 @@ int runApplication(int &argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    const CommandLine commandLine = CommandLine::parse(textsOf(argc, argv));
+    const CommandLine commandLine = CommandLine::parse(argc, argv);
     switch (commandLine.mode) {
     case CommandLine::Mode::snapshot:
     case CommandLine::Mode::record:
-        return runCapture(argv[0], commandLine);
+        return become(folders::program(u"kelp-capture"_s), argv);
     case CommandLine::Mode::help:
         std::fputs(CommandLine::help().toLocal8Bit().constData(), stdout);
         return 0;

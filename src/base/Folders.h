@@ -14,4 +14,8 @@ namespace kelp::folders {
 /// has its own place and must not be mistaken for the user's Kelp.
 [[nodiscard]] bool isUsualConfiguration();
 
+/// The path of a program that belongs to this one: in the same folder, or, where Kelp is installed, in
+/// ../libexec/kelp. Needs no QCoreApplication.
+[[nodiscard]] QString program(const QString &name);
+
 } // namespace kelp::folders

@@ -1,9 +1,9 @@
 #include "sound/ChildSoundPlayer.h"
 
+#include "base/Folders.h"
 #include "base/Logging.h"
 #include "sound/SoundBytes.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QPointer>
 
@@ -37,9 +37,7 @@ Result<void, SoundError> outcomeOf(std::optional<ChildStatus> status)
 
 QString ChildSoundPlayer::usualProgram()
 {
-    const QString folder = QCoreApplication::applicationDirPath();
-    const QString installed = folder + u"/../libexec/kelp/kelp-sound"_s;
-    return QFile::exists(installed) ? installed : folder + u"/kelp-sound"_s;
+    return folders::program(u"kelp-sound"_s);
 }
 
 ChildSoundPlayer::ChildSoundPlayer(Clock &clock, QString program, SoundChild::Patience playing,

@@ -1,4 +1,4 @@
-#include "app/CaptureRun.h"
+#include "app/capture/CaptureRun.h"
 
 #include "app/CommandLine.h"
 #include "base/AtomicFile.h"
