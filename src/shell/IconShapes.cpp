@@ -4,6 +4,7 @@
 
 #include <QTransform>
 
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -119,6 +120,14 @@ QPainterPath pageHead(double unit)
     return united({head, squared, ring(whole(5)), ring(whole(22) - whole(5) - width)});
 }
 
+/// How high letters are, without what round ones stick out above and below.
+double ordinaryHeight(const QFont &font, bool isNumber)
+{
+    QPainterPath path;
+    path.addText(0, 0, font, isNumber ? u"1"_s : u"x"_s);
+    return path.boundingRect().height();
+}
+
 /// `text` in bold letters that stand on a line of whole pixels, as large as there is room.
 QPainterPath pageText(const QString &text, double unit)
 {
@@ -130,9 +139,9 @@ QPainterPath pageText(const QString &text, double unit)
     const QFont font = designFont(FontDesign::Default, 100, QFont::Bold);
     QPainterPath letters;
     letters.addText(0, 0, font, text);
-    QPainterPath ordinary; // without what round letters stick out above and below
-    ordinary.addText(0, 0, font, isNumber ? u"1"_s : u"x"_s);
-    const double scale = height / ordinary.boundingRect().height();
+    // Once for all pictures of the start.
+    static thread_local const std::array<double, 2> ordinary{ordinaryHeight(font, false), ordinaryHeight(font, true)};
+    const double scale = height / ordinary[isNumber ? 1 : 0];
     const QRectF bounds = letters.boundingRect();
     QTransform place;
     place.translate(11 * unit, bottom);

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace kelp::MenuBarIcon {
 
@@ -112,7 +113,11 @@ QByteArray svg(const Content &content, const Colours &colours)
                       "\" viewBox=\"0 0 " + side + ' ' + side +
                       "\">\n<style type=\"text/css\" id=\"current-color-scheme\">.ColorScheme-Text{color:" +
                       colours.shape.name().toLatin1() + ";}</style>\n";
-    const QList<IconShape> shapes = iconShapes(content, svgSize);
+    // At the start each picture is written twice in a row, in other colours.
+    static thread_local std::pair<Content, QList<IconShape>> last;
+    if (last.first != content || last.second.isEmpty())
+        last = {content, iconShapes(content, svgSize)};
+    const QList<IconShape> &shapes = last.second;
     if (colours.rim.isValid()) {
         const QPen pen = rimPen(colours.rim, svgSize);
         text += "<path fill=\"none\" stroke=\"" + pen.color().name().toLatin1() + "\" stroke-opacity=\"" +
