@@ -4,6 +4,7 @@ include(GNUInstallDirs)
 install(TARGETS kelp RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 # Where kelp looks for them, seen from its own folder.
 install(TARGETS kelp-sound-child kelp-capture-program RUNTIME DESTINATION libexec/kelp)
+install(DIRECTORY ${CMAKE_BINARY_DIR}/tray DESTINATION ${CMAKE_INSTALL_DATADIR}/kelp)
 install(FILES packaging/app.kelp.Kelp.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES packaging/kelp.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 

@@ -11,6 +11,18 @@ using namespace Qt::StringLiterals;
 
 namespace kelp::folders {
 
+namespace {
+
+/// `place` is below the prefix that Kelp is installed in.
+QString companion(const QString &place, const QString &name)
+{
+    const QString folder = QFileInfo(QFile::symLinkTarget(u"/proc/self/exe"_s)).path();
+    const QString installed = QFileInfo(folder).path() + u'/' + place + u"/kelp/"_s + name;
+    return QFile::exists(installed) ? installed : folder + u'/' + name;
+}
+
+} // namespace
+
 QString configuration()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/Kelp"_s;
@@ -29,9 +41,12 @@ bool isUsualConfiguration()
 
 QString program(const QString &name)
 {
-    const QString folder = QFileInfo(QFile::symLinkTarget(u"/proc/self/exe"_s)).path();
-    const QString installed = folder + u"/../libexec/kelp/"_s + name;
-    return QFile::exists(installed) ? installed : folder + u'/' + name;
+    return companion(u"libexec"_s, name);
+}
+
+QString shared(const QString &name)
+{
+    return companion(u"share"_s, name);
 }
 
 } // namespace kelp::folders

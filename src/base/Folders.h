@@ -18,4 +18,8 @@ namespace kelp::folders {
 /// ../libexec/kelp. Needs no QCoreApplication.
 [[nodiscard]] QString program(const QString &name);
 
+/// The path of a file or folder that comes with this program: in the same folder, or, where Kelp is installed, in
+/// ../share/kelp. Needs no QCoreApplication.
+[[nodiscard]] QString shared(const QString &name);
+
 } // namespace kelp::folders

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <QByteArray>
 #include <QImage>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 
 namespace kelp {
 
@@ -19,18 +17,19 @@ struct StatusLook
     friend bool operator==(const StatusLook &, const StatusLook &) = default;
 };
 
-/// The pictures that a StatusItem may have to show. They are asked for on any thread, and stay the same.
+/// What follows the name of a picture in one colour, to which desktops give their own.
+inline const QString symbolicSuffix = QStringLiteral("-symbolic");
+
+/// The pictures that a StatusItem may have to show. They stay the same.
 class StatusPictures
 {
 public:
     virtual ~StatusPictures() = default;
 
-    [[nodiscard]] virtual QStringList names() const = 0;
-    /// The picture in one colour, for desktops that give it theirs.
-    [[nodiscard]] virtual QByteArray symbolicSvg(const QString &name) const = 0;
-    /// The picture to be seen on dark and on light grounds, for those that do not.
-    [[nodiscard]] virtual QByteArray svg(const QString &name) const = 0;
-    /// The same with `pixels` × `pixels`.
+    /// Where every picture lies as <name>.svg, to be seen on dark and on light grounds, and as <name>-symbolic.svg.
+    /// All of them at any time: desktops keep a list of what is there. Empty where there are no files.
+    [[nodiscard]] virtual QString folder() const = 0;
+    /// <name>.svg with `pixels` × `pixels`.
     [[nodiscard]] virtual QImage image(const QString &name, int pixels) const = 0;
 };
 

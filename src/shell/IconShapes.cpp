@@ -4,9 +4,7 @@
 
 #include <QTransform>
 
-#include <array>
 #include <cmath>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -139,9 +137,7 @@ QPainterPath pageText(const QString &text, double unit)
     const QFont font = designFont(FontDesign::Default, 100, QFont::Bold);
     QPainterPath letters;
     letters.addText(0, 0, font, text);
-    // Once for all pictures of the start.
-    static thread_local const std::array<double, 2> ordinary{ordinaryHeight(font, false), ordinaryHeight(font, true)};
-    const double scale = height / ordinary[isNumber ? 1 : 0];
+    const double scale = height / ordinaryHeight(font, isNumber);
     const QRectF bounds = letters.boundingRect();
     QTransform place;
     place.translate(11 * unit, bottom);
@@ -150,15 +146,11 @@ QPainterPath pageText(const QString &text, double unit)
     return place.map(letters);
 }
 
-/// A calendar's page in a space of 22 × 22. All pictures of a size have the same head, whose union takes longer than
-/// the rest, and at the start one for every minute is made.
+/// A calendar's page in a space of 22 × 22.
 QList<IconShape> page(const QString &text, double pixels)
 {
     const double unit = pixels / 22;
-    static thread_local std::pair<double, QPainterPath> last;
-    if (last.first != unit)
-        last = {unit, pageHead(unit)};
-    return {{last.second, 1.0}, {pageText(text, unit), 1.0}};
+    return {{pageHead(unit), 1.0}, {pageText(text, unit), 1.0}};
 }
 
 } // namespace

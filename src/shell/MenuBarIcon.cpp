@@ -5,36 +5,13 @@
 #include <QPainter>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <cstdlib>
-#include <utility>
 
 namespace kelp::MenuBarIcon {
 
 namespace {
 
 constexpr double svgSize = 22; ///< that of most panels
-
-/// With two digits behind the point. Tens of thousands of numbers are written at the start, which Qt's own way of
-/// writing a double would make slow.
-void append(QByteArray &data, double number)
-{
-    const long hundredths = std::lround(number * 100);
-    char text[24];
-    const auto [end, error] = std::to_chars(text, text + sizeof text, std::abs(hundredths));
-    if (hundredths < 0)
-        data += '-';
-    const auto digits = end - text;
-    if (digits > 2)
-        data.append(text, digits - 2);
-    else
-        data += '0';
-    data += '.';
-    if (digits < 2)
-        data += '0';
-    data.append(end - std::min<std::ptrdiff_t>(digits, 2), std::min<std::ptrdiff_t>(digits, 2));
-}
 
 QByteArray pathData(const QPainterPath &path)
 {
@@ -47,9 +24,7 @@ QByteArray pathData(const QPainterPath &path)
             data += 'L';
         else
             data += element.type == QPainterPath::CurveToElement ? 'C' : ' ';
-        append(data, element.x);
-        data += ' ';
-        append(data, element.y);
+        data += QByteArray::number(element.x, 'f', 2) + ' ' + QByteArray::number(element.y, 'f', 2);
     }
     return data.isEmpty() ? data : data + 'z';
 }
@@ -113,11 +88,7 @@ QByteArray svg(const Content &content, const Colours &colours)
                       "\" viewBox=\"0 0 " + side + ' ' + side +
                       "\">\n<style type=\"text/css\" id=\"current-color-scheme\">.ColorScheme-Text{color:" +
                       colours.shape.name().toLatin1() + ";}</style>\n";
-    // At the start each picture is written twice in a row, in other colours.
-    static thread_local std::pair<Content, QList<IconShape>> last;
-    if (last.first != content || last.second.isEmpty())
-        last = {content, iconShapes(content, svgSize)};
-    const QList<IconShape> &shapes = last.second;
+    const QList<IconShape> shapes = iconShapes(content, svgSize);
     if (colours.rim.isValid()) {
         const QPen pen = rimPen(colours.rim, svgSize);
         text += "<path fill=\"none\" stroke=\"" + pen.color().name().toLatin1() + "\" stroke-opacity=\"" +

@@ -1,7 +1,10 @@
 #include "shell/TrayPictures.h"
 
+#include "base/Folders.h"
 #include "shell/MenuBarIcon.h"
 #include "shell/StatusTitle.h"
+
+#include <QFile>
 
 using namespace Qt::StringLiterals;
 
@@ -38,7 +41,7 @@ MenuBarIcon::Content content(const QString &name)
 
 } // namespace
 
-QStringList TrayPictures::names() const
+QStringList TrayPictures::names()
 {
     QStringList names{pictureName({}), pausedName, pictureName(statusTitle(0, false))};
     for (int minutes = 1; minutes <= mostMinutes; ++minutes)
@@ -46,14 +49,20 @@ QStringList TrayPictures::names() const
     return names;
 }
 
-QByteArray TrayPictures::symbolicSvg(const QString &name) const
+QByteArray TrayPictures::svg(const QString &name)
+{
+    return MenuBarIcon::svg(content(name), anyGround);
+}
+
+QByteArray TrayPictures::symbolicSvg(const QString &name)
 {
     return MenuBarIcon::svg(content(name), tinted);
 }
 
-QByteArray TrayPictures::svg(const QString &name) const
+QString TrayPictures::folder() const
 {
-    return MenuBarIcon::svg(content(name), anyGround);
+    const QString folder = folders::shared(u"tray"_s);
+    return QFile::exists(folder + u'/' + prefix + u".svg"_s) ? folder : QString();
 }
 
 QImage TrayPictures::image(const QString &name, int pixels) const

@@ -2,6 +2,9 @@
 
 #include "platform/StatusItem.h"
 
+#include <QByteArray>
+#include <QStringList>
+
 #include <optional>
 
 namespace kelp {
@@ -10,9 +13,12 @@ namespace kelp {
 class TrayPictures final : public StatusPictures
 {
 public:
-    [[nodiscard]] QStringList names() const override;
-    [[nodiscard]] QByteArray symbolicSvg(const QString &name) const override;
-    [[nodiscard]] QByteArray svg(const QString &name) const override;
+    /// The content of the files, which the build writes: drawing them all would hold up every start.
+    [[nodiscard]] static QStringList names();
+    [[nodiscard]] static QByteArray svg(const QString &name);
+    [[nodiscard]] static QByteArray symbolicSvg(const QString &name);
+
+    [[nodiscard]] QString folder() const override;
     [[nodiscard]] QImage image(const QString &name, int pixels) const override;
 };
 

@@ -50,6 +50,7 @@ run_it() {
     as_user kelp --snapshot /home/ada/stills
     [ "$(find "$system/home/ada/stills" -name '*.png' | wc -l)" -ge 18 ] || { say "stills are missing"; exit 1; }
     rm -r "$system/home/ada/stills"
+    [ "$(find "$system/usr/share/kelp/tray" -name 'app.kelp.Kelp*.svg' | wc -l)" -ge 100 ] || { say "tray pictures are missing"; exit 1; }
 }
 say "run"
 run_it

@@ -2,6 +2,8 @@
 
 #include "shell/MenuBarIcon.h"
 
+#include <QDir>
+#include <QFile>
 #include <QPainter>
 #include <QSet>
 #include <QSvgRenderer>
@@ -20,13 +22,14 @@ private Q_SLOTS:
     void showsThePauseSignWhilePaused();
     void namesAreSafeForFiles();
     void hasTheRightPictureUnderEachName();
+    void everyPictureLiesBesideKelp();
     void isSeenOnDarkAndOnLightGrounds_data();
     void isSeenOnDarkAndOnLightGrounds();
 };
 
 void tst_TrayPictures::hasAPictureForEveryLook()
 {
-    const QStringList names = TrayPictures().names();
+    const QStringList names = TrayPictures::names();
     QCOMPARE(names.size(), 63);
     QCOMPARE(QSet<QString>(names.begin(), names.end()).size(), 63);
     for (double seconds = -100; seconds < 4000; seconds += 7.5) {
@@ -56,7 +59,7 @@ void tst_TrayPictures::showsThePauseSignWhilePaused()
 
 void tst_TrayPictures::namesAreSafeForFiles()
 {
-    for (const QString &name : TrayPictures().names()) {
+    for (const QString &name : TrayPictures::names()) {
         QVERIFY(name.startsWith("app.kelp.Kelp"_L1));
         QVERIFY(!name.contains(u'/') && !name.contains(u' '));
     }
@@ -64,20 +67,35 @@ void tst_TrayPictures::namesAreSafeForFiles()
 
 void tst_TrayPictures::hasTheRightPictureUnderEachName()
 {
-    const TrayPictures pictures;
     const auto svg = [](const MenuBarIcon::Content &content) {
         return MenuBarIcon::svg(content, QColor(0x2e, 0x34, 0x36));
     };
-    QCOMPARE(pictures.symbolicSvg(u"app.kelp.Kelp"_s), svg({}));
-    QCOMPARE(pictures.symbolicSvg(u"app.kelp.Kelp-paused"_s), svg({true, {}}));
-    QCOMPARE(pictures.symbolicSvg(u"app.kelp.Kelp-now"_s), svg({false, u"now"_s}));
-    QCOMPARE(pictures.symbolicSvg(u"app.kelp.Kelp-42m"_s), svg({false, u"42"_s}));
+    QCOMPARE(TrayPictures::symbolicSvg(u"app.kelp.Kelp"_s), svg({}));
+    QCOMPARE(TrayPictures::symbolicSvg(u"app.kelp.Kelp-paused"_s), svg({true, {}}));
+    QCOMPARE(TrayPictures::symbolicSvg(u"app.kelp.Kelp-now"_s), svg({false, u"now"_s}));
+    QCOMPARE(TrayPictures::symbolicSvg(u"app.kelp.Kelp-42m"_s), svg({false, u"42"_s}));
+}
+
+void tst_TrayPictures::everyPictureLiesBesideKelp()
+{
+    const QDir folder(qEnvironmentVariable("KELP_BINARY_DIR") + u"/tray"_s);
+    const auto content = [&](const QString &name) {
+        QFile file(folder.filePath(name + u".svg"_s));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    for (const QString &name : TrayPictures::names()) {
+        QCOMPARE(content(name), TrayPictures::svg(name));
+        QCOMPARE(content(name + symbolicSuffix), TrayPictures::symbolicSvg(name));
+    }
+    QCOMPARE(folder.entryList(QDir::Files).size(), 2 * TrayPictures::names().size());
+    // This program has none beside it.
+    QCOMPARE(TrayPictures().folder(), QString());
 }
 
 void tst_TrayPictures::isSeenOnDarkAndOnLightGrounds_data()
 {
     QTest::addColumn<QString>("name");
-    for (const QString &name : TrayPictures().names())
+    for (const QString &name : TrayPictures::names())
         QTest::newRow(qPrintable(name)) << name;
 }
 
@@ -99,7 +117,7 @@ void tst_TrayPictures::isSeenOnDarkAndOnLightGrounds()
         }
         QVERIFY2(light > size, qPrintable(QString::number(light)));
         QVERIFY2(dark > size, qPrintable(QString::number(dark)));
-        QSvgRenderer renderer(pictures.svg(name));
+        QSvgRenderer renderer(TrayPictures::svg(name));
         QImage drawn(size, size, QImage::Format_ARGB32_Premultiplied);
         drawn.fill(Qt::transparent);
         QPainter painter(&drawn);

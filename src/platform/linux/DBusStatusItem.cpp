@@ -5,7 +5,6 @@
 #include "platform/linux/DBusStatusObject.h"
 #include "platform/linux/DetachedTask.h"
 #include "platform/linux/SessionBus.h"
-#include "platform/linux/StatusIconFolder.h"
 
 #include <QCoreApplication>
 #include <QDBusMessage>
@@ -71,10 +70,7 @@ QDBusPendingCall askForHost()
 } // namespace
 
 DBusStatusItem::DBusStatusItem(Clock &clock, std::shared_ptr<const StatusPictures> pictures, QObject *parent)
-    : StatusItem(parent),
-      m_clock(clock),
-      m_pictures(std::move(pictures)),
-      m_object(std::make_unique<DBusStatusObject>(m_pictures))
+    : StatusItem(parent), m_clock(clock), m_object(std::make_unique<DBusStatusObject>(std::move(pictures)))
 {
     m_object->onActivated = [this](const QString &token) { Q_EMIT activated(token); };
 }
@@ -90,27 +86,22 @@ void DBusStatusItem::show(const StatusLook &look)
 
 void DBusStatusItem::start()
 {
-    const auto work = [pictures = m_pictures]() -> Prepared {
+    const auto work = [] {
         QDBusConnection bus = connectToSessionBus();
-        if (!bus.isConnected())
-            return {};
-        if (!bus.registerService(serviceName()))
+        if (bus.isConnected() && !bus.registerService(serviceName()))
             qCWarning(logPlatform) << "the name of the tray item is taken";
-        const auto folder = writeStatusIcons(*pictures);
-        if (!folder)
-            qCWarning(logPlatform) << "no icons for the tray:" << folder.error().description();
-        return {true, folder.value_or(QString())};
+        return bus.isConnected();
     };
-    runDetached<Prepared>(this, work, [this](const Prepared &prepared) { publish(prepared); });
+    runDetached<bool>(this, work, [this](bool isConnected) {
+        if (isConnected)
+            publish();
+        else
+            qCInfo(logPlatform) << "no session bus: no tray item";
+    });
 }
 
-void DBusStatusItem::publish(const Prepared &prepared)
+void DBusStatusItem::publish()
 {
-    if (!prepared.isConnected) {
-        qCInfo(logPlatform) << "no session bus: no tray item";
-        return;
-    }
-    m_object->setIconFolder(prepared.iconFolder);
     QDBusConnection bus = connectToSessionBus();
     bus.registerObject(itemPath, m_object.get(),
                        QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |

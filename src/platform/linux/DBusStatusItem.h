@@ -14,7 +14,7 @@ class DBusStatusObject;
 
 /// StatusItem by the StatusNotifierItem protocol on the session bus.
 ///
-///     show ──→ bus and files ready ──→ watcher known ──→ it has a host ──→ registered ──(another watcher)──→
+///     show ──→ bus ready ──→ watcher known ──→ it has a host ──→ registered ──(another watcher)──→
 ///     registered again …
 ///
 /// Where there is no bus, no watcher or no host, nothing is shown until there is one.
@@ -33,14 +33,8 @@ private Q_SLOTS:
     void onHostRegistered();
 
 private:
-    struct Prepared
-    {
-        bool isConnected = false;
-        QString iconFolder;
-    };
-
     void start();
-    void publish(const Prepared &prepared);
+    void publish();
     void registerItem(int attempt);
     void learnAboutHost(const QString &watcher);
     void registerOnceHosted();
@@ -48,7 +42,6 @@ private:
     void whenAnswered(const QDBusPendingCall &call, Done done);
 
     Clock &m_clock;
-    std::shared_ptr<const StatusPictures> m_pictures;
     std::unique_ptr<DBusStatusObject> m_object;
     bool m_isStarted = false;
     int m_generation = 0;   ///< of the watcher; answers of an older one do not count

@@ -1,6 +1,6 @@
 #include "platform/linux/DBusStatusObject.h"
 
-#include "platform/linux/StatusIconFolder.h"
+#include "platform/StatusItem.h"
 
 #include <QDBusMetaType>
 #include <QtEndian>
@@ -67,18 +67,12 @@ DBusPixmap pixmap(const QImage &image)
 
 } // namespace
 
-DBusStatusObject::DBusStatusObject(std::shared_ptr<const StatusPictures> pictures) : m_pictures(std::move(pictures))
+DBusStatusObject::DBusStatusObject(std::shared_ptr<const StatusPictures> pictures)
+    : m_pictures(std::move(pictures)), m_iconFolder(m_pictures->folder())
 {
     qDBusRegisterMetaType<DBusPixmap>();
     qDBusRegisterMetaType<DBusPixmaps>();
     qDBusRegisterMetaType<DBusToolTip>();
-}
-
-void DBusStatusObject::setIconFolder(const QString &folder)
-{
-    m_iconFolder = folder;
-    Q_EMIT NewIconThemePath(folder);
-    Q_EMIT NewIcon();
 }
 
 void DBusStatusObject::setHost(bool tints, bool showsTitle)

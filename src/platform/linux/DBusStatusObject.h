@@ -39,7 +39,7 @@ class DBusStatusObject : public QObject
     Q_PROPERTY(QString Title READ title)
     Q_PROPERTY(QString Status READ status CONSTANT)
     Q_PROPERTY(uint WindowId READ windowId CONSTANT)
-    Q_PROPERTY(QString IconThemePath READ iconThemePath)
+    Q_PROPERTY(QString IconThemePath READ iconThemePath CONSTANT)
     Q_PROPERTY(QString IconName READ iconName)
     Q_PROPERTY(kelp::DBusPixmaps IconPixmap READ iconPixmap)
     Q_PROPERTY(QString IconAccessibleDesc READ description)
@@ -54,8 +54,6 @@ class DBusStatusObject : public QObject
 public:
     explicit DBusStatusObject(std::shared_ptr<const StatusPictures> pictures);
 
-    /// Where the pictures are as files; empty: hosts have to take the pixmaps.
-    void setIconFolder(const QString &folder);
     /// What the host does by itself: give symbolic pictures its own colour; show the title beside the icon.
     void setHost(bool tints, bool showsTitle);
     /// Announces what is another one now.
@@ -74,7 +72,6 @@ Q_SIGNALS:
     void NewTitle();
     void NewIcon();
     void NewToolTip();
-    void NewIconThemePath(const QString &path);
     void XAyatanaNewLabel(const QString &label, const QString &guide);
 
 private:
@@ -95,7 +92,7 @@ private:
     [[nodiscard]] const QString &picture() const;
 
     std::shared_ptr<const StatusPictures> m_pictures;
-    QString m_iconFolder;
+    QString m_iconFolder; ///< empty: hosts have to take the pixmaps
     bool m_hostTints = false;
     bool m_hostShowsTitle = false;
     StatusLook m_look;
