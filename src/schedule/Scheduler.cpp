@@ -35,21 +35,11 @@ bool isChosen(const CalendarInfo &calendar, const ChoiceDictionary &choices)
 
 } // namespace
 
-/// Which meetings count at all, under the preferences of one moment.
-struct Scheduler::Filter
-{
-    QSet<QString> enabledKeys;
-    bool onlyWithVideo = false;
-
-    [[nodiscard]] bool keeps(const Meeting &meeting) const
-    {
-        return enabledKeys.contains(meeting.calendarID) && (!onlyWithVideo || meeting.joinURL);
-    }
-};
-
 Scheduler::Scheduler(Services services, QObject *parent)
     : QObject(parent), m_services(services), m_memory(services.preferences)
 {
+    m_services.preferences.observe(preference::calendarChoices, this, [this] { filterAgain(); });
+    m_services.preferences.observe(preference::onlyWithVideo, this, [this] { filterAgain(); });
 }
 
 void Scheduler::start()
@@ -88,6 +78,7 @@ void Scheduler::clear()
 {
     m_calendars.clear();
     m_allMeetings.clear();
+    filterAgain();
     m_lastError.reset();
     m_retries = 0;
     Q_EMIT stateChanged();
@@ -110,6 +101,7 @@ void Scheduler::apply(const FetchResult &result)
 {
     m_allMeetings = result.meetings;
     m_calendars = result.calendars;
+    filterAgain();
     m_lastSync = m_services.clock.now();
     m_memory.forgetUpTo(*m_lastSync - memoryOfPast);
     endPassedPause();
@@ -161,10 +153,10 @@ void Scheduler::tick()
 
 std::optional<Meeting> Scheduler::takeDue(Instant now)
 {
-    const Filter keeping = filter();
-    for (const Meeting &meeting : std::as_const(m_allMeetings)) {
+    const QList<Meeting> candidates = meetings(); // whoever hears of a swallowed one may change the list
+    for (const Meeting &meeting : candidates) {
         // Most of a day's meetings are far away: the comparison of times comes before the look-ups.
-        if (baseShowTime(meeting) > now || now >= meeting.end || !keeping.keeps(meeting))
+        if (baseShowTime(meeting) > now || now >= meeting.end)
             continue;
         if (!isCandidate(meeting, now) || showTime(meeting) > now)
             continue;
@@ -216,23 +208,23 @@ void Scheduler::endPassedPause()
         setPausedUntil({});
 }
 
-Scheduler::Filter Scheduler::filter() const
+/// Asked for three times at every tick, and seldom another one.
+const Scheduler::Kept &Scheduler::kept() const
 {
+    if (m_kept)
+        return *m_kept;
     const ChoiceDictionary choices = m_services.preferences.get(preference::calendarChoices);
-    Filter filter{{}, m_services.preferences.get(preference::onlyWithVideo)};
+    const bool onlyWithVideo = m_services.preferences.get(preference::onlyWithVideo);
+    m_kept.emplace();
     for (const CalendarInfo &calendar : m_calendars) {
         if (isChosen(calendar, choices))
-            filter.enabledKeys.insert(calendar.key());
+            m_kept->calendarKeys.insert(calendar.key());
     }
-    return filter;
-}
-
-QList<Meeting> Scheduler::meetings() const
-{
-    QList<Meeting> kept;
-    std::copy_if(m_allMeetings.begin(), m_allMeetings.end(), std::back_inserter(kept),
-                 [keeping = filter()](const Meeting &meeting) { return keeping.keeps(meeting); });
-    return kept;
+    std::copy_if(m_allMeetings.begin(), m_allMeetings.end(), std::back_inserter(m_kept->meetings),
+                 [&](const Meeting &meeting) {
+                     return m_kept->calendarKeys.contains(meeting.calendarID) && (!onlyWithVideo || meeting.joinURL);
+                 });
+    return *m_kept;
 }
 
 bool Scheduler::isEnabled(const CalendarInfo &calendar) const
@@ -249,11 +241,6 @@ void Scheduler::setCalendar(const CalendarInfo &calendar, bool enabled)
     refresh();
 }
 
-QSet<QString> Scheduler::enabledKeys() const
-{
-    return filter().enabledKeys;
-}
-
 int Scheduler::enabledCalendarCount() const
 {
     return static_cast<int>(std::count_if(m_calendars.begin(), m_calendars.end(),
@@ -262,10 +249,10 @@ int Scheduler::enabledCalendarCount() const
 
 std::optional<Meeting> Scheduler::nextMeeting() const
 {
-    const QList<Meeting> kept = meetings();
     const Instant now = m_services.clock.now();
-    const auto next = std::find_if(kept.begin(), kept.end(), [&](const Meeting &meeting) { return meeting.end > now; });
-    return next == kept.end() ? std::nullopt : std::optional(*next);
+    const auto next = std::find_if(meetings().begin(), meetings().end(),
+                                   [&](const Meeting &meeting) { return meeting.end > now; });
+    return next == meetings().end() ? std::nullopt : std::optional(*next);
 }
 
 std::optional<Scheduler::Popup> Scheduler::nextPopup() const
@@ -282,10 +269,10 @@ std::optional<Scheduler::Popup> Scheduler::nextPopup() const
 QList<Meeting> Scheduler::upcoming(const std::optional<Meeting> &after, int limit) const
 {
     const Instant now = m_services.clock.now();
-    QList<Meeting> kept = meetings();
-    kept.removeIf([&](const Meeting &meeting) { return meeting.end <= now || (after && meeting.id == after->id); });
-    std::stable_sort(kept.begin(), kept.end(), [](const Meeting &a, const Meeting &b) { return a.start < b.start; });
-    return kept.first(std::min<qsizetype>(std::max(limit, 0), kept.size()));
+    QList<Meeting> ahead = meetings();
+    ahead.removeIf([&](const Meeting &meeting) { return meeting.end <= now || (after && meeting.id == after->id); });
+    std::stable_sort(ahead.begin(), ahead.end(), [](const Meeting &a, const Meeting &b) { return a.start < b.start; });
+    return ahead.first(std::min<qsizetype>(std::max(limit, 0), ahead.size()));
 }
 
 } // namespace kelp

@@ -77,11 +77,11 @@ public:
     [[nodiscard]] bool isRefreshing() const { return m_isRefreshing; }
 
     /// Those of enabled calendars, and with a link where only these are wanted.
-    [[nodiscard]] QList<Meeting> meetings() const;
+    [[nodiscard]] const QList<Meeting> &meetings() const { return kept().meetings; }
     [[nodiscard]] bool isEnabled(const CalendarInfo &calendar) const;
     void setCalendar(const CalendarInfo &calendar, bool enabled);
     /// The keys of all calendars that are enabled.
-    [[nodiscard]] QSet<QString> enabledKeys() const;
+    [[nodiscard]] const QSet<QString> &enabledKeys() const { return kept().calendarKeys; }
     [[nodiscard]] int enabledCalendarCount() const;
     /// The first that has not ended.
     [[nodiscard]] std::optional<Meeting> nextMeeting() const;
@@ -99,9 +99,15 @@ Q_SIGNALS:
     void swallowed(const kelp::Meeting &meeting);
 
 private:
-    struct Filter;
+    /// What the preferences let through.
+    struct Kept
+    {
+        QSet<QString> calendarKeys;
+        QList<Meeting> meetings;
+    };
 
-    [[nodiscard]] Filter filter() const;
+    [[nodiscard]] const Kept &kept() const;
+    void filterAgain() { m_kept.reset(); }
     void finishRefresh(const FetchResult &result);
     void retryLater(bool errorsAreTransient);
     void clear();
@@ -115,6 +121,7 @@ private:
     ReminderMemory m_memory;
     QList<CalendarInfo> m_calendars;
     QList<Meeting> m_allMeetings;
+    mutable std::optional<Kept> m_kept; ///< none: to be made of both lists when next asked for
     std::optional<QString> m_lastError;
     std::optional<Instant> m_lastSync;
     bool m_isRefreshing = false;
