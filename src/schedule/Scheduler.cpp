@@ -250,8 +250,8 @@ int Scheduler::enabledCalendarCount() const
 std::optional<Meeting> Scheduler::nextMeeting() const
 {
     const Instant now = m_services.clock.now();
-    const auto next = std::find_if(meetings().begin(), meetings().end(),
-                                   [&](const Meeting &meeting) { return meeting.end > now; });
+    const auto next =
+        std::find_if(meetings().begin(), meetings().end(), [&](const Meeting &meeting) { return meeting.end > now; });
     return next == meetings().end() ? std::nullopt : std::optional(*next);
 }
 

@@ -1,5 +1,5 @@
-// kelp-bench-idle: wakes up as often as an idle Kelp and does nothing. What that costs here is what a machine's own figure
-// for the idle Kelp has to be read against.
+// kelp-bench-idle: wakes up as often as an idle Kelp and does nothing. What that costs here is what a machine's own
+// figure for the idle Kelp has to be read against.
 
 #include <QApplication>
 #include <QTimer>
