@@ -32,18 +32,17 @@ private:
     {
         const QString whole = m_style.cursor ? m_text + cursorSign : m_text;
         FittedText fitted = fitText(whole, m_style.font, maxWidth, m_style.lines, m_style.shrink, m_style.height);
-        const QFontMetricsF metrics(fitted.font);
         Arrangement result(
             QSizeF(std::ceil(fitted.width), fitted.lineHeight * static_cast<double>(fitted.lines.size())));
-        const double cursorWidth = takeCursor(fitted) ? metrics.horizontalAdvance(cursorSign) : 0;
+        const double cursorWidth = takeCursor(fitted) ? advanceOf(cursorSign, fitted.font) : 0;
         std::vector<QPointF> starts;
-        for (const QString &line : fitted.lines) {
-            starts.emplace_back((result.size().width() - metrics.horizontalAdvance(line)) / 2,
-                                metrics.ascent() + fitted.lineHeight * static_cast<double>(starts.size()));
+        for (const double width : fitted.widths) {
+            starts.emplace_back((result.size().width() - width) / 2,
+                                fitted.ascent + fitted.lineHeight * static_cast<double>(starts.size()));
         }
         if (cursorWidth > 0) {
             // A sign without a direction stands where the text ends: on the left of one that runs from right to left.
-            const double end = metrics.horizontalAdvance(fitted.lines.last());
+            const double end = fitted.widths.back();
             QPointF &last = starts.back();
             last.rx() -= cursorWidth / 2;
             addCursor(result, fitted.font, last + QPointF(fitted.rightToLeft ? 0 : end, 0), cursorWidth);
@@ -63,6 +62,7 @@ private:
         if (!m_style.cursor || !fitted.lines.last().endsWith(cursorSign))
             return false;
         fitted.lines.last().chop(1);
+        fitted.widths.back() = advanceOf(fitted.lines.last(), fitted.font);
         return true;
     }
 
@@ -89,7 +89,7 @@ private:
         const QFontMetricsF metrics(m_style.font);
         // The mean looks evenly spaced where the widest digit's room would leave gaps beside a 1 or a 7; the widest
         // gives up no more than the white at its sides.
-        const double cell = metrics.horizontalAdvance(u"0123456789"_s) / 10;
+        const double cell = advanceOf(u"0123456789"_s, m_style.font) / 10;
 
         struct Run
         {
@@ -103,14 +103,14 @@ private:
             qsizetype end = start + 1;
             if (isDigit(m_text[start])) {
                 const QString digit = m_text.mid(start, 1);
-                runs.push_back({digit, x + (cell - metrics.horizontalAdvance(digit)) / 2});
+                runs.push_back({digit, x + (cell - advanceOf(digit, m_style.font)) / 2});
                 x += cell;
             } else {
                 while (end < m_text.size() && !isDigit(m_text[end]))
                     ++end;
                 const QString between = m_text.mid(start, end - start);
                 runs.push_back({between, x});
-                x += metrics.horizontalAdvance(between);
+                x += advanceOf(between, m_style.font);
             }
             start = end;
         }

@@ -1,5 +1,6 @@
 #include "ui/TextFit.h"
 
+#include <QCache>
 #include <QFontMetricsF>
 #include <QTextLayout>
 
@@ -117,9 +118,7 @@ QStringList cutLines(const QString &text, const QFont &font, double width, int m
     return broken.lines;
 }
 
-} // namespace
-
-FittedText fitText(const QString &text, const QFont &font, double width, int maxLines, double shrink, double height)
+FittedText fit(const QString &text, const QFont &font, double width, int maxLines, double shrink, double height)
 {
     FittedText result;
     result.rightToLeft = text.isRightToLeft();
@@ -135,9 +134,65 @@ FittedText fitText(const QString &text, const QFont &font, double width, int max
     }
     result.lineHeight = lineHeight(result.font);
     const QFontMetricsF metrics(result.font);
-    for (const QString &line : result.lines)
-        result.width = std::max(result.width, metrics.horizontalAdvance(line));
+    result.ascent = metrics.ascent();
+    for (const QString &line : result.lines) {
+        result.widths.push_back(metrics.horizontalAdvance(line));
+        result.width = std::max(result.width, result.widths.back());
+    }
     return result;
+}
+
+/// All that the result depends on.
+struct Question
+{
+    QString text;
+    QFont font;
+    double width = 0;
+    int maxLines = 0;
+    double shrink = 0;
+    double height = 0;
+
+    friend bool operator==(const Question &, const Question &) = default;
+};
+
+size_t qHash(const Question &question, size_t seed = 0)
+{
+    return qHashMulti(seed, question.text, question.font, question.width, question.maxLines, question.shrink,
+                      question.height);
+}
+
+/// The answers last asked for. Two cards' worth: one for each of two displays of different size.
+template<typename Answer>
+class LastAnswers
+{
+public:
+    template<typename Find>
+    const Answer &answer(const Question &question, const Find &find)
+    {
+        if (const Answer *known = m_answers.object(question))
+            return *known;
+        auto *found = new Answer(find());
+        m_answers.insert(question, found);
+        return *found;
+    }
+
+private:
+    QCache<Question, Answer> m_answers{64};
+};
+
+} // namespace
+
+FittedText fitText(const QString &text, const QFont &font, double width, int maxLines, double shrink, double height)
+{
+    static thread_local LastAnswers<FittedText> answers;
+    return answers.answer({text, font, width, maxLines, shrink, height},
+                          [&] { return fit(text, font, width, maxLines, shrink, height); });
+}
+
+double advanceOf(const QString &text, const QFont &font)
+{
+    static thread_local LastAnswers<double> answers;
+    return answers.answer({text, font}, [&] { return QFontMetricsF(font).horizontalAdvance(text); });
 }
 
 } // namespace kelp
