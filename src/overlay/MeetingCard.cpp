@@ -67,10 +67,14 @@ QString MeetingCard::details() const
     return items.join(separator);
 }
 
+Element MeetingCard::countdownElement(Instant now) const
+{
+    return tagged(tag::countdown, options.ringCountdown ? ring(now) : pill(now));
+}
+
 Element MeetingCard::element(Instant now, const ButtonStates &buttons) const
 {
-    const Element countdown = tagged(tag::countdown, options.ringCountdown ? ring(now) : pill(now));
-    std::vector<Element> heading{padded({0, 0, 0, options.ringCountdown ? 8.0 : 0.0}, countdown),
+    std::vector<Element> heading{padded({0, 0, 0, options.ringCountdown ? 8.0 : 0.0}, countdownElement(now)),
                                  padded({0, 10, 0, 0}, title())};
     QStringList items = detailItems();
     if (options.showCalendar)

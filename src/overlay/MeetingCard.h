@@ -35,6 +35,8 @@ struct MeetingCard
     /// "10:00 – 10:30  ·  5 people  ·  Work"
     [[nodiscard]] QString details() const;
     [[nodiscard]] Element title() const;
+    /// The pill or the ring, under its tag.
+    [[nodiscard]] Element countdownElement(Instant now) const;
     [[nodiscard]] Element element(Instant now, const ButtonStates &buttons) const;
 
 private:

@@ -1,5 +1,6 @@
 #include "overlay/OverlayScene.h"
 
+#include "overlay/CardTags.h"
 #include "overlay/MeetingCard.h"
 #include "overlay/WelcomeCard.h"
 #include "ui/BlankImage.h"
@@ -17,6 +18,13 @@ namespace {
 
 constexpr double widestCard = 1000;
 constexpr double sideMargin = 48;
+
+/// What a view of that size leaves for the card.
+QSizeF roomFor(const QSizeF &size)
+{
+    return {std::clamp(size.width() - 2 * sideMargin, 1.0, widestCard),
+            std::max(1.0, size.height() - 2 * OverlayScene::bleed)};
+}
 
 /// Where the card is still too high, the title makes room first.
 Arrangement withLowerTitle(MeetingCard card, const Arrangement &tooHigh, const QSizeF &room, Instant now,
@@ -59,10 +67,15 @@ double OverlayScene::untilNextCountdown(Instant now) const
     return card ? card->untilNextWords(now) : std::numeric_limits<double>::infinity();
 }
 
+bool OverlayScene::turnCountdown(Arrangement &card, const QSizeF &size, Instant now) const
+{
+    const auto reminder = meetingCard();
+    return reminder && card.replace(tag::countdown, reminder->countdownElement(now).arrange(roomFor(size).width()));
+}
+
 Arrangement OverlayScene::card(const QSizeF &size, Instant now, const ButtonStates &buttons) const
 {
-    const QSizeF room(std::clamp(size.width() - 2 * sideMargin, 1.0, widestCard),
-                      std::max(1.0, size.height() - 2 * bleed));
+    const QSizeF room = roomFor(size);
     const auto reminder = meetingCard();
     Arrangement card =
         reminder ? reminder->element(now, buttons).arrange(room.width())

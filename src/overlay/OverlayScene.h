@@ -25,10 +25,13 @@ struct OverlayScene
     /// The card, laid out for a view of `size` logical points. Where that is low, the title shrinks first, and then all
     /// of it.
     [[nodiscard]] Arrangement card(const QSizeF &size, Instant now, const ButtonStates &buttons) const;
-    /// What the card's countdown says; a card that says something else has to be laid out again. Empty without one.
+    /// What the card's countdown says. Empty without one.
     [[nodiscard]] QString countdown(Instant now) const;
-    /// Seconds until then, more than 0; infinite without a countdown.
+    /// Seconds until it says something else, more than 0; infinite without a countdown.
     [[nodiscard]] double untilNextCountdown(Instant now) const;
+    /// Puts a countdown that says what it does at `now` into a card of `card`. False where the card has no countdown,
+    /// or none of that size any more: it has to be laid out again.
+    [[nodiscard]] bool turnCountdown(Arrangement &card, const QSizeF &size, Instant now) const;
     /// Where the card's top left corner lies: in the middle of the view, on whole points.
     [[nodiscard]] static QPointF cardPosition(const QSizeF &size, const Arrangement &card);
 

@@ -79,12 +79,10 @@ void OverlayView::setNow(Instant now)
         paintCard(part);
     if (m_scene.countdown(then) == m_scene.countdown(now))
         return;
-    const Arrangement before = m_arrangement;
-    arrange();
-    const auto countdown = m_arrangement.frameOf(tag::countdown);
-    if (m_arrangement.size() == before.size() && countdown && countdown == before.frameOf(tag::countdown)) {
+    // Every second: the rest of the card is left alone where the countdown only says something else.
+    if (m_scene.turnCountdown(m_arrangement, size(), now)) {
         placeChildren();
-        paintCard(*countdown);
+        paintCard(m_arrangement.frameOf(tag::countdown).value_or(QRectF()));
     } else {
         layOut();
     }

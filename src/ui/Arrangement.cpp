@@ -76,6 +76,28 @@ void Arrangement::inheritGlows(const Arrangement &before)
         m_glows[i]->inherit(*before.m_glows[i]);
 }
 
+bool Arrangement::replace(const QString &tag, const Arrangement &other)
+{
+    const auto found =
+        std::find_if(m_tagged.begin(), m_tagged.end(), [&](const Tagged &each) { return each.tag == tag; });
+    if (found == m_tagged.end() || other.m_tagged.size() != 1 || other.m_tagged.front().tag != tag)
+        return false;
+    Place &place = m_places[static_cast<std::size_t>(found - m_tagged.begin())];
+    if (place.size != other.size() || place.paintingCount != other.m_paintings.size() ||
+        place.glowCount != other.m_glows.size())
+        return false;
+    found->label = other.m_tagged.front().label;
+    for (std::size_t i = 0; i < place.paintingCount; ++i) {
+        const Painting &painting = other.m_paintings[i];
+        m_paintings[place.paintings + i] = {painting.placement * place.placement, painting.bounds, painting.picture};
+    }
+    for (std::size_t i = 0; i < place.glowCount; ++i) {
+        other.m_glows[i]->inherit(*m_glows[place.glows + i]);
+        m_glows[place.glows + i] = other.m_glows[i];
+    }
+    return true;
+}
+
 void Arrangement::addPicture(const QRectF &bounds, Picture picture)
 {
     m_paintings.push_back({{}, bounds, std::move(picture)});
@@ -98,6 +120,12 @@ void Arrangement::addText(const QString &text)
 
 void Arrangement::addChild(const Arrangement &child, const QTransform &placement)
 {
+    for (Place place : child.m_places) {
+        place.placement *= placement;
+        place.paintings += m_paintings.size();
+        place.glows += m_glows.size();
+        m_places.push_back(place);
+    }
     for (const Painting &painting : child.m_paintings)
         m_paintings.push_back({painting.placement * placement, painting.bounds, painting.picture});
     for (const Text &each : child.m_texts)
@@ -119,6 +147,7 @@ void Arrangement::becomeTagged(const QString &tag)
         words.append(each.text);
     m_texts.clear();
     m_tagged.push_back({tag, words.join(u' '), frame()});
+    m_places.push_back({{}, m_size, 0, m_paintings.size(), 0, m_glows.size()});
 }
 
 } // namespace kelp

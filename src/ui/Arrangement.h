@@ -67,6 +67,9 @@ public:
     [[nodiscard]] std::vector<QRectF> changed(Instant from, Instant to) const;
     /// Takes over what an earlier arrangement of the same elements has baked.
     void inheritGlows(const Arrangement &before);
+    /// Puts another arrangement of the first element with this tag, of the same size, in its place. False, and nothing
+    /// is done, where there is none of that tag or size.
+    [[nodiscard]] bool replace(const QString &tag, const Arrangement &other);
 
     // For the elements, which build it up from their children.
     void setSize(QSizeF size) { m_size = size; }
@@ -88,10 +91,22 @@ private:
         Picture picture;
     };
 
+    /// Where the parts of a tagged element are among all.
+    struct Place
+    {
+        QTransform placement;
+        QSizeF size; ///< before it
+        std::size_t paintings;
+        std::size_t paintingCount;
+        std::size_t glows;
+        std::size_t glowCount;
+    };
+
     QSizeF m_size;
     std::vector<Painting> m_paintings;
     std::vector<Text> m_texts;
     std::vector<Tagged> m_tagged;
+    std::vector<Place> m_places; ///< of the tagged elements, in their order
     std::vector<std::shared_ptr<Glow>> m_glows;
 };
 
