@@ -34,8 +34,13 @@ void memory::populate(void *memory, std::size_t bytes)
     const auto address = reinterpret_cast<std::uintptr_t>(memory);
     const std::uintptr_t first = (address + page - 1) / page * page;
     const std::uintptr_t end = (address + bytes) / page * page;
-    if (first < end)
-        ::madvise(static_cast<char *>(memory) + (first - address), end - first, MADV_POPULATE_WRITE);
+    if (first >= end)
+        return;
+    char *const start = static_cast<char *>(memory) + (first - address);
+    // A row of a picture as wide as a large screen is some pages long: what is painted down a few rows would have each
+    // of them looked up.
+    ::madvise(start, end - first, MADV_HUGEPAGE);
+    ::madvise(start, end - first, MADV_POPULATE_WRITE);
 #else
     static_cast<void>(memory);
     static_cast<void>(bytes);
