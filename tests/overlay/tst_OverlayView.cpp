@@ -30,6 +30,8 @@ private Q_SLOTS:
     void comesUpWithMotion();
     void comesUpOutOfABlur();
     void repaintsOnlyWhatMoves();
+    void looksAsIfLaidOutAnewAfterEachTurn_data();
+    void looksAsIfLaidOutAnewAfterEachTurn();
     void saysWhenItLooksDifferent();
     void withoutMotionIsThereAtOnce();
     void blendsWithWhatIsBehind();
@@ -249,6 +251,50 @@ void tst_OverlayView::repaintsOnlyWhatMoves()
     QVERIFY(label.width() >= 210 && label.width() < 250 && label.height() < 250);
     painted(sample::ten + 1);
     QVERIFY(painted(sample::ten + 2).isEmpty()); // "now", and the ring is empty
+}
+
+void tst_OverlayView::looksAsIfLaidOutAnewAfterEachTurn_data()
+{
+    QTest::addColumn<QString>("theme");
+    QTest::addColumn<bool>("isRing");
+    QTest::addColumn<QSize>("size");
+    for (const QString &theme : {u"midnight"_s, u"synthwave"_s, u"terminal"_s}) {
+        for (const bool isRing : {false, true}) {
+            for (const QSize &size : {QSize(1280, 720), QSize(640, 300)})
+                QTest::addRow("%s, %s, %d", qPrintable(theme), isRing ? "ring" : "pill", size.width())
+                    << theme << isRing << size;
+        }
+    }
+}
+
+void tst_OverlayView::looksAsIfLaidOutAnewAfterEachTurn()
+{
+    QFETCH(QString, theme);
+    QFETCH(bool, isRing);
+    QFETCH(QSize, size);
+    const OverlayScene scene{MeetingContent{sample::designReview(), sample::budgetPlanning()},
+                             OverlayTheme::named(theme),
+                             {.ringCountdown = isRing, .leadMinutes = 2}};
+    const Instant begin = sample::ten - 601;
+    OverlayView turned(scene, begin);
+    turned.resize(size);
+    const auto seen = [&](OverlayView &each) {
+        QImage image(size, QImage::Format_RGB32);
+        each.render(&image);
+        return image;
+    };
+    QImage before = seen(turned);
+    // From two digits of minutes to one, into the last second, and past the start.
+    for (const double moment : {-600.0, -599.0, -119.0, -61.0, -59.0, -9.0, -1.0, 0.0, 61.0}) {
+        const Instant now = sample::ten + moment;
+        turned.setNow(now);
+        OverlayView fresh(scene, now);
+        fresh.setFrameTime(begin);
+        fresh.resize(size);
+        const QImage picture = seen(turned);
+        QVERIFY2(picture == seen(fresh), qPrintable(QString::number(moment)));
+        QVERIFY2(picture != std::exchange(before, picture) || isRing, qPrintable(QString::number(moment)));
+    }
 }
 
 void tst_OverlayView::saysWhenItLooksDifferent()

@@ -20,6 +20,7 @@ private Q_SLOTS:
     void atMostLimitsTheWidth();
     void scalingKeepsTheRoomAndTheCentre();
     void taggedElementsReportFrameAndLabel();
+    void aTaggedElementIsReplacedInItsPlace();
     void paintsOnlyWhatTouchesTheDirtyPart();
     void fixedDigitsStandStill();
     void symbolsAreDrawnInTheirColour_data();
@@ -103,6 +104,43 @@ void tst_Element::taggedElementsReportFrameAndLabel()
     QCOMPARE(arrangement.tagged().size(), 1U);
     QCOMPARE(arrangement.tagged().front().label, u"Join now"_s);
     QVERIFY(!arrangement.frameOf(u"other"_s));
+}
+
+void tst_Element::aTaggedElementIsReplacedInItsPlace()
+{
+    const auto card = [](const QColor &colour) {
+        return scaled(0.5, padded({3, 4, 5, 6},
+                                  vertical(2, {tagged(u"a"_s, box(10, 20)), tagged(u"b"_s, box(40, 30, colour)),
+                                               tagged(u"c"_s, box(20, 10))})))
+            .arrange(500);
+    };
+    const auto drawn = [](const Arrangement &arrangement) {
+        QImage image(60, 80, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        arrangement.paint(painter, {});
+        return image;
+    };
+    const auto part = [](const QString &tag, const Element &element) { return tagged(tag, element).arrange(500); };
+    Arrangement black = card(Qt::black);
+    QVERIFY(drawn(black) != drawn(card(Qt::red)));
+    QVERIFY(black.replace(u"b"_s, part(u"b"_s, box(40, 30, Qt::red))));
+    QCOMPARE(drawn(black), drawn(card(Qt::red)));
+    QVERIFY(black.replace(u"b"_s, part(u"b"_s, box(40, 30, Qt::green))));
+    QCOMPARE(drawn(black), drawn(card(Qt::green)));
+
+    QVERIFY(!black.replace(u"b"_s, part(u"b"_s, box(41, 30))));                             // of another size
+    QVERIFY(!black.replace(u"d"_s, part(u"d"_s, box(40, 30))));                             // not there
+    QVERIFY(!black.replace(u"b"_s, part(u"a"_s, box(40, 30))));                             // another one
+    QVERIFY(!black.replace(u"b"_s, box(40, 30).arrange(500)));                              // none
+    QVERIFY(!black.replace(u"b"_s, part(u"b"_s, padded({0, 0, 40, 30}, vertical(0, {}))))); // made of other parts
+    QCOMPARE(drawn(black), drawn(card(Qt::green)));
+
+    const auto digits = [](const QString &time) { return tagged(u"a"_s, text(time).fixedDigits()); };
+    Arrangement words = vertical(2, {digits(u"10:00"_s), tagged(u"b"_s, text(u"1"_s))}).arrange(500);
+    QVERIFY(words.replace(u"a"_s, digits(u"10:47"_s).arrange(500)));
+    QCOMPARE(words.tagged().at(0).label, u"10:47"_s);
+    QCOMPARE(words.tagged().at(1).label, u"1"_s);
 }
 
 void tst_Element::paintsOnlyWhatTouchesTheDirtyPart()

@@ -25,6 +25,7 @@ private Q_SLOTS:
     void balancesItsLines();
     void knowsTheDirectionOfTheText();
     void anEmptyTextHasNoWidth();
+    void answersEachQuestionByItself();
 };
 
 namespace {
@@ -135,6 +136,26 @@ void tst_TextFit::knowsTheDirectionOfTheText()
 void tst_TextFit::anEmptyTextHasNoWidth()
 {
     QCOMPARE(fit({}).width, 0.0);
+}
+
+void tst_TextFit::answersEachQuestionByItself()
+{
+    const QString text = u"Weekly design review of everything that was drawn"_s;
+    const QFont serif = designFont(FontDesign::Serif, 60, QFont::Bold);
+    // More of them than are kept, each asked for again.
+    for (int round = 0; round < 2; ++round) {
+        for (int wide = 300; wide < 1000; wide += 10) {
+            QVERIFY(fitText(text, font, wide, 9, 0.1).width <= wide);
+            QVERIFY(fitText(text, font, wide, 1, 0.1).lines.size() == 1);
+        }
+        QVERIFY(fitText(text, serif, 1e6, 1, 1).width != fitText(text, font, 1e6, 1, 1).width);
+        QVERIFY(fitText(text, font, 500, 9, 0.2, 40).lineHeight <= 40);
+        QVERIFY(fitText(text, font, 500, 9, 0.2).lineHeight > 40);
+        QVERIFY(fitText(text, font, 300, 1, 0.9).font.pixelSize() > fitText(text, font, 300, 1, 0.2).font.pixelSize());
+        for (const QFont &each : {font, serif})
+            QCOMPARE(advanceOf(u"10"_s, each), QFontMetricsF(each).horizontalAdvance(u"10"_s));
+        QVERIFY(advanceOf(u"10"_s, font) != advanceOf(u"1"_s, font));
+    }
 }
 
 QTEST_MAIN(tst_TextFit)
