@@ -2,6 +2,7 @@
 
 #include "base/Logging.h"
 #include "platform/EventTime.h"
+#include "platform/linux/x11/X11Connection.h"
 
 #include <QGuiApplication>
 #include <QSocketNotifier>
@@ -14,19 +15,12 @@
 #undef explicit
 #include <xkbcommon/xkbcommon-x11.h>
 
-#include <cstdlib>
 #include <string_view>
 #include <utility>
 
 namespace kelp {
 
 namespace {
-
-template<typename T>
-std::unique_ptr<T, decltype(&std::free)> owned(T *reply)
-{
-    return {reply, &std::free};
-}
 
 constexpr std::uint16_t keyboardEvents =
     XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY | XCB_XKB_EVENT_TYPE_STATE_NOTIFY;
@@ -52,7 +46,7 @@ bool X11KeySource::isWithinWayland()
     xcb_connection_t *connection = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
     constexpr std::string_view name = "XWAYLAND";
     const auto cookie = xcb_query_extension(connection, name.size(), name.data());
-    const auto reply = owned(xcb_query_extension_reply(connection, cookie, nullptr));
+    const auto reply = x11::owned(xcb_query_extension_reply(connection, cookie, nullptr));
     return reply && reply->present;
 }
 
@@ -117,7 +111,7 @@ bool X11KeySource::askForKeys()
         return false;
     m_inputOpcode = extension->major_opcode;
     const auto version =
-        owned(xcb_input_xi_query_version_reply(connection, xcb_input_xi_query_version(connection, 2, 2), nullptr));
+        x11::owned(xcb_input_xi_query_version_reply(connection, xcb_input_xi_query_version(connection, 2, 2), nullptr));
     if (!version || version->major_version < 2)
         return false;
     struct
@@ -126,15 +120,15 @@ bool X11KeySource::askForKeys()
         std::uint32_t mask;
     } wanted{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
              XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE};
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    const auto refused =
-        owned(xcb_request_check(connection, xcb_input_xi_select_events_checked(connection, root, 1, &wanted.head)));
+    const xcb_window_t root = x11::firstScreen(connection).root;
+    const auto refused = x11::owned(
+        xcb_request_check(connection, xcb_input_xi_select_events_checked(connection, root, 1, &wanted.head)));
     return !refused;
 }
 
 void X11KeySource::readEvents()
 {
-    while (const auto event = owned(xcb_poll_for_event(m_connection.get()))) {
+    while (const auto event = x11::owned(xcb_poll_for_event(m_connection.get()))) {
         const int type = event->response_type & 0x7f; // without the mark of an event that somebody has sent
         if (type == XCB_GE_GENERIC) {
             const auto &generic = reinterpret_cast<const xcb_ge_generic_event_t &>(*event);
@@ -171,7 +165,7 @@ void X11KeySource::loadKeymap()
     xkb_keymap *keymap =
         xkb_x11_keymap_new_from_device(m_context.get(), connection, m_keyboard, XKB_KEYMAP_COMPILE_NO_FLAGS);
     m_translator.setKeymap(keymap);
-    const auto state = owned(xcb_xkb_get_state_reply(
+    const auto state = x11::owned(xcb_xkb_get_state_reply(
         connection, xcb_xkb_get_state(connection, static_cast<xcb_xkb_device_spec_t>(m_keyboard)), nullptr));
     if (state)
         m_translator.setModifiers(state->baseMods, state->latchedMods, state->lockedMods, state->group);

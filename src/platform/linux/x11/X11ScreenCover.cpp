@@ -1,8 +1,8 @@
 #include "platform/linux/x11/X11ScreenCover.h"
 
 #include "base/Logging.h"
+#include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11Grab.h"
-#include "platform/linux/x11/X11Reply.h"
 
 #include <QCursor>
 #include <QGuiApplication>

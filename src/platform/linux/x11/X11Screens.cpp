@@ -1,7 +1,7 @@
 #include "platform/linux/x11/X11Screens.h"
 
 #include "base/Logging.h"
-#include "platform/linux/x11/X11Reply.h"
+#include "platform/linux/x11/X11Connection.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -64,7 +64,7 @@ void X11Screens::compare()
 /// The places of the monitors by name, in pixels; none on a server that knows no monitors, where Qt does not either.
 QHash<QString, QRect> X11Screens::monitors() const
 {
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+    const xcb_window_t root = x11::firstScreen(m_connection).root;
     const Reply<xcb_randr_get_monitors_reply_t> reply(
         xcb_randr_get_monitors_reply(m_connection, xcb_randr_get_monitors(m_connection, root, 1), nullptr));
     if (!reply)

@@ -1,7 +1,7 @@
 #include "platform/linux/x11/X11SharedPicture.h"
 
 #include "base/Memory.h"
-#include "platform/linux/x11/X11Reply.h"
+#include "platform/linux/x11/X11Connection.h"
 
 #include <xcb/shm.h>
 #include <xcb/xcb.h>
@@ -65,7 +65,7 @@ SharedPicture::~SharedPicture()
 
 bool SharedPicture::copyFrom(const QPoint &corner)
 {
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+    const xcb_window_t root = firstScreen(m_connection).root;
     const auto cookie =
         xcb_shm_get_image(m_connection, root, static_cast<std::int16_t>(corner.x()),
                           static_cast<std::int16_t>(corner.y()), static_cast<std::uint16_t>(m_size.width()),

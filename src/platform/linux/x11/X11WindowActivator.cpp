@@ -1,5 +1,7 @@
 #include "platform/linux/x11/X11WindowActivator.h"
 
+#include "platform/linux/x11/X11Connection.h"
+
 #include <QGuiApplication>
 #include <QWidget>
 
@@ -62,7 +64,7 @@ void X11WindowActivator::activate(QWidget &window, const QString &)
     request.window = static_cast<xcb_window_t>(window.winId());
     request.type = atom(connection, "_NET_ACTIVE_WINDOW");
     request.data.data32[0] = sourcePager;
-    xcb_send_event(connection, 0, xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root,
+    xcb_send_event(connection, 0, x11::firstScreen(connection).root,
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char *>(&request));
     xcb_flush(connection);
