@@ -14,8 +14,8 @@ void paintSymbol(QPainter &painter, const QRectF &frame, const QString &name, co
 {
     QSvgRenderer renderer(u":/symbols/"_s + name + u".svg"_s);
     Q_ASSERT_X(renderer.isValid(), "paintSymbol", qPrintable(name));
-    const double density =
-        painter.device()->devicePixelRatioF() * std::sqrt(std::abs(painter.transform().determinant()));
+    // Not the device's own density: a widget that is rendered into a picture has that of its screen.
+    const double density = std::sqrt(std::abs(painter.deviceTransform().determinant()));
     QImage image((frame.size() * density).toSize().expandedTo({1, 1}), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter mask(&image);

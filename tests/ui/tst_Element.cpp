@@ -1,10 +1,12 @@
 #include "ui/Element.h"
 
 #include "ui/Fonts.h"
+#include "ui/Symbols.h"
 
 #include <QImage>
 #include <QPainter>
 #include <QTest>
+#include <QWidget>
 
 using namespace kelp;
 using namespace Qt::StringLiterals;
@@ -25,6 +27,7 @@ private Q_SLOTS:
     void fixedDigitsStandStill();
     void symbolsAreDrawnInTheirColour_data();
     void symbolsAreDrawnInTheirColour();
+    void symbolsAreAsFineAsThePictureOfTheirWindow();
 };
 
 namespace {
@@ -192,6 +195,31 @@ void tst_Element::symbolsAreDrawnInTheirColour()
     }
     QVERIFY(red > 500);
     QCOMPARE(image.pixelColor(0, 0), QColor(Qt::white));
+}
+
+void tst_Element::symbolsAreAsFineAsThePictureOfTheirWindow()
+{
+    class Window : public QWidget
+    {
+    protected:
+        void paintEvent(QPaintEvent *) override
+        {
+            QPainter painter(this);
+            paintSymbol(painter, rect(), u"paintpalette-fill"_s, Qt::black);
+        }
+    };
+    QImage picture(60, 60, QImage::Format_RGB32);
+    picture.setDevicePixelRatio(3);
+    picture.fill(Qt::white);
+    QImage direct = picture;
+    QPainter painter(&direct);
+    paintSymbol(painter, {0, 0, 20, 20}, u"paintpalette-fill"_s, Qt::black);
+    painter.end();
+    Window window;
+    window.setAttribute(Qt::WA_OpaquePaintEvent);
+    window.resize(20, 20);
+    window.render(&picture, {}, {}, {});
+    QCOMPARE(picture, direct);
 }
 
 QTEST_MAIN(tst_Element)
