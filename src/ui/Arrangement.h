@@ -68,7 +68,7 @@ public:
     /// Takes over what an earlier arrangement of the same elements has baked.
     void inheritGlows(const Arrangement &before);
     /// Puts another arrangement of the first element with this tag, of the same size, in its place. False, and nothing
-    /// is done, where there is none of that tag or size.
+    /// is done, where there is none of that tag or size, or where it is made of more or fewer parts.
     [[nodiscard]] bool replace(const QString &tag, const Arrangement &other);
 
     // For the elements, which build it up from their children.
