@@ -17,8 +17,11 @@ bool OverlayMeter::notify(QObject *receiver, QEvent *event)
     }
     ++m_depth;
     const bool handled = QApplication::notify(receiver, event);
-    if (--m_depth == 0)
+    if (--m_depth == 0 && !m_paintedNow.isEmpty()) {
+        if (!m_painted.contains(m_paintedNow))
+            m_firstPictures = static_cast<double>(m_sinceReset.nsecsElapsed()) / 1e6;
         m_painted |= std::exchange(m_paintedNow, {});
+    }
     return handled;
 }
 
@@ -26,6 +29,8 @@ void OverlayMeter::reset()
 {
     m_paints = 0;
     m_painted.clear();
+    m_firstPictures = 0;
+    m_sinceReset.start();
 }
 
 } // namespace kelp

@@ -119,6 +119,7 @@ public:
         letPass(0.5);
         const double idle = privateMemory();
         std::vector<double> first;
+        std::vector<double> onScreen;
         std::vector<double> firstCpu;
         std::vector<double> gone;
         double cold = 0;
@@ -126,10 +127,11 @@ public:
             const std::optional<Shown> shown = show();
             if (!shown)
                 return false;
-            first.push_back(shown->milliseconds);
+            first.push_back(shown->painted);
+            onScreen.push_back(shown->onScreen);
             firstCpu.push_back(shown->cpu);
             if (round == 0)
-                cold = shown->milliseconds;
+                cold = shown->painted;
             letPass(1.5); // the card has come up
             if (round + 1 == m_plan.rounds)
                 measureUp();
@@ -140,18 +142,20 @@ public:
             letPass(0.2);
         }
         letPass(2);
-        std::printf(
-            "cold %.1f first %.1f first-cpu %.1f gone %.0f idle %.1f up %.1f closed %.1f frames %.1f frame %.2f "
-            "share %.2f\n",
-            cold, median(first), median(firstCpu), median(gone), idle, m_up, privateMemory(), m_frames, m_frame,
-            m_share);
+        std::printf("cold %.1f first %.1f on-screen %.1f first-cpu %.1f gone %.0f idle %.1f up %.1f closed %.1f frames "
+                    "%.1f frame %.2f "
+                    "share %.2f\n",
+                    cold, median(first), median(onScreen), median(firstCpu), median(gone), idle, m_up, privateMemory(),
+                    m_frames, m_frame, m_share);
         return true;
     }
 
 private:
+    /// Milliseconds from what is due to the first picture of every display.
     struct Shown
     {
-        double milliseconds;
+        double painted;
+        double onScreen; ///< the display server has worked through all that it was sent
         double cpu;
     };
 
@@ -179,13 +183,15 @@ private:
     {
         m_overlay.prepare(content(m_clock.now())); // as it happens some seconds before a meeting
         letPass(0.5);
-        m_meter.reset();
         QElapsedTimer timer;
         timer.start();
+        m_meter.reset();
         const double before = cpuTime();
         m_overlay.show(content(m_clock.now()));
         const bool all = waitFor([this] { return m_meter.painted() == QGuiApplication::screens().size(); });
-        const Shown shown{static_cast<double>(timer.nsecsElapsed()) / 1e6, cpuTime() - before};
+        const double cpu = cpuTime() - before;
+        QGuiApplication::sync();
+        const Shown shown{m_meter.firstPictures(), static_cast<double>(timer.nsecsElapsed()) / 1e6, cpu};
         return all ? std::optional(shown) : std::nullopt;
     }
 
