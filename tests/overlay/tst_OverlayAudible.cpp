@@ -75,7 +75,7 @@ void tst_OverlayAudible::theWelcomeCardIsSilent()
     controller->show(welcome);
     clock->advance(5);
     QCOMPARE(sounds->player.plays.size(), 0);
-    QCOMPARE(sounds->players.log, QStringList());
+    QCOMPARE(sounds->players.asked, QStringList());
 }
 
 void tst_OverlayAudible::hidingStopsTheSound_data()
@@ -91,18 +91,18 @@ void tst_OverlayAudible::hidingStopsTheSound()
     for (const bool isSong : {false, true}) {
         preferences->set(preference::sound, isSong ? u"spotify"_s : u"Glass"_s);
         preferences->set(preference::spotifyLink, u"https://open.spotify.com/track/abc"_s);
-        sounds->players.hasSpotify = true;
+        sounds->players.installed = true;
         controller->show(review);
         clock->advance(1);
         QCOMPARE(sounds->player.isPlaying, !isSong);
-        QCOMPARE(sounds->players.log.size(), isSong ? 1 : 0);
+        QCOMPARE(sounds->players.asked.size(), isSong ? 1 : 0);
         if (QAbstractButton *pressed = button(answer))
             pressed->click();
         else
             press(window(), answer == u"Return" ? Qt::Key_Return : Qt::Key_Escape);
         QVERIFY(!controller->isShown());
         QVERIFY(!sounds->player.isPlaying);
-        QCOMPARE(sounds->players.log.mid(1), isSong ? QStringList{u"pause Spotify"_s} : QStringList());
+        QCOMPARE(sounds->players.asked.mid(1), isSong ? QStringList{u"pause Spotify"_s} : QStringList());
     }
 }
 

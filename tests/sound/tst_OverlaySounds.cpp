@@ -247,26 +247,26 @@ void tst_OverlaySounds::glassStandsInForSpotify()
     QFETCH(QString, link);
     QFETCH(bool, installed);
     restart({{u"sound"_s, u"spotify"_s}, {u"spotifyLink"_s, link}});
-    recorded->players.hasSpotify = installed;
+    recorded->players.installed = installed;
     sounds().playForOverlay();
     QCOMPARE(player().plays.size(), 1);
     QCOMPARE(player().plays.first().sound.name, u"Glass"_s);
     sounds().stop();
-    QCOMPARE(recorded->players.log, QStringList());
+    QCOMPARE(recorded->players.asked, QStringList());
 }
 
 void tst_OverlaySounds::playsAndPausesSpotify()
 {
     restart({{u"sound"_s, u"spotify"_s}, {u"spotifyLink"_s, songLink}, {u"pauseMusic"_s, true}});
-    recorded->players.hasSpotify = true;
+    recorded->players.installed = true;
     sounds().playForOverlay();
-    QCOMPARE(recorded->players.log, (QStringList{u"pause others"_s, u"play spotify:track:abc"_s}));
+    QCOMPARE(recorded->players.asked, (QStringList{u"pause others"_s, u"play spotify:track:abc"_s}));
     QCOMPARE(player().plays.size(), 0);
     sounds().stop();
-    QCOMPARE(recorded->players.log.mid(2), QStringList{u"pause Spotify"_s});
+    QCOMPARE(recorded->players.asked.mid(2), QStringList{u"pause Spotify"_s});
     sounds().stop();
     sounds().play(u"Glass"_s);
-    QCOMPARE(recorded->players.log.size(), 3);
+    QCOMPARE(recorded->players.asked.size(), 3);
 }
 
 void tst_OverlaySounds::anotherSoundEndsTheSong_data()
@@ -281,10 +281,10 @@ void tst_OverlaySounds::anotherSoundEndsTheSong()
 {
     QFETCH(QString, next);
     restart({{u"sound"_s, u"spotify"_s}, {u"spotifyLink"_s, songLink}});
-    recorded->players.hasSpotify = true;
+    recorded->players.installed = true;
     sounds().playForOverlay();
     sounds().play(next);
-    QCOMPARE(recorded->players.log, (QStringList{u"play spotify:track:abc"_s, u"pause Spotify"_s}));
+    QCOMPARE(recorded->players.asked, (QStringList{u"play spotify:track:abc"_s, u"pause Spotify"_s}));
 }
 
 void tst_OverlaySounds::aNameOfTheCacheIsNoSound()
@@ -313,9 +313,9 @@ void tst_OverlaySounds::pausesTheUsersMusic()
     QFETCH(QStringList, log);
     restart({{u"sound"_s, sound}, {u"pauseMusic"_s, pauseMusic}});
     sounds().playForOverlay();
-    QCOMPARE(recorded->players.log, log);
+    QCOMPARE(recorded->players.asked, log);
     sounds().stop();
-    QCOMPARE(recorded->players.log, log);
+    QCOMPARE(recorded->players.asked, log);
 }
 
 QTEST_GUILESS_MAIN(tst_OverlaySounds)

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/MusicPlayers.h"
 #include "preferences/Preferences.h"
 #include "sound/MusicControl.h"
 #include "sound/OverlayMusic.h"
 #include "sound/OverlaySounds.h"
 #include "sound/SoundBytes.h"
 #include "sound/SoundPlayer.h"
+#include "support/FakeMusicPlayers.h"
 
 #include <QFile>
 #include <QList>
@@ -66,21 +66,6 @@ public:
 private:
     std::function<void()> m_failed;
     QList<std::function<void()>> m_imports;
-};
-
-/// Notes what happens to the user's music.
-class FakeMusicPlayers final : public MusicPlayers
-{
-public:
-    void pauseSpotify() override { log.append(QStringLiteral("pause Spotify")); }
-    void pauseOthers() override { log.append(QStringLiteral("pause others")); }
-    [[nodiscard]] bool spotifyInstalled() const override { return hasSpotify; }
-
-    QStringList log;
-    bool hasSpotify = false;
-
-protected:
-    void play(const QString &uri) override { log.append(QStringLiteral("play ") + uri); }
 };
 
 /// The sounds of an overlay, of which nothing is heard.
