@@ -4,6 +4,7 @@
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11Grab.h"
 
+#include <QBackingStore>
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
@@ -78,6 +79,10 @@ void X11ScreenCover::fit(QWidget &window, QScreen &screen)
 
 void X11ScreenCover::show(QWidget &window)
 {
+    // The memory that the window shares with the server. To ask for it when the window is painted means to wait until
+    // the server has copied the picture of the window before it.
+    if (QBackingStore *store = window.backingStore())
+        store->resize(window.size());
     window.show();
     window.raise();
 }
