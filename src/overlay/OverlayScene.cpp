@@ -67,10 +67,12 @@ double OverlayScene::untilNextCountdown(Instant now) const
     return card ? card->untilNextWords(now) : std::numeric_limits<double>::infinity();
 }
 
-bool OverlayScene::turnCountdown(Arrangement &card, const QSizeF &size, Instant now) const
+std::optional<QRectF> OverlayScene::turnCountdown(Arrangement &card, const QSizeF &size, Instant now) const
 {
     const auto reminder = meetingCard();
-    return reminder && card.replace(tag::countdown, reminder->countdownElement(now).arrange(roomFor(size).width()));
+    if (!reminder)
+        return {};
+    return card.replace(tag::countdown, reminder->countdownElement(now).arrange(roomFor(size).width()));
 }
 
 Arrangement OverlayScene::card(const QSizeF &size, Instant now, const ButtonStates &buttons) const

@@ -79,10 +79,10 @@ void OverlayView::setNow(Instant now)
         paintCard(part);
     if (m_scene.countdown(then) == m_scene.countdown(now))
         return;
-    // Every second: the rest of the card is left alone where the countdown only says something else.
-    if (m_scene.turnCountdown(m_arrangement, size(), now)) {
+    // Every second: all but the digits that turn is left alone where the countdown only says something else.
+    if (const auto turned = m_scene.turnCountdown(m_arrangement, size(), now)) {
         placeChildren();
-        paintCard(m_arrangement.frameOf(tag::countdown).value_or(QRectF()));
+        paintCard(*turned);
     } else {
         layOut();
     }

@@ -28,6 +28,14 @@ QRectF Arrangement::bounds() const
     return result;
 }
 
+QString Arrangement::words() const
+{
+    QStringList result;
+    for (const Painting &painting : m_paintings)
+        result.append(painting.words);
+    return result.join(u'\n');
+}
+
 void Arrangement::paint(QPainter &painter, Instant now, const QRectF &dirty) const
 {
     for (const Painting &painting : m_paintings) {
@@ -76,36 +84,41 @@ void Arrangement::inheritGlows(const Arrangement &before)
         m_glows[i]->inherit(*before.m_glows[i]);
 }
 
-bool Arrangement::replace(const QString &tag, const Arrangement &other)
+std::optional<QRectF> Arrangement::replace(const QString &tag, const Arrangement &other)
 {
     const auto found =
         std::find_if(m_tagged.begin(), m_tagged.end(), [&](const Tagged &each) { return each.tag == tag; });
     if (found == m_tagged.end() || other.m_tagged.size() != 1 || other.m_tagged.front().tag != tag)
-        return false;
+        return {};
     Place &place = m_places[static_cast<std::size_t>(found - m_tagged.begin())];
     if (place.size != other.size() || place.paintingCount != other.m_paintings.size() ||
         place.glowCount != other.m_glows.size())
-        return false;
+        return {};
     found->label = other.m_tagged.front().label;
+    QRectF different;
     for (std::size_t i = 0; i < place.paintingCount; ++i) {
-        const Painting &painting = other.m_paintings[i];
-        m_paintings[place.paintings + i] = {painting.placement * place.placement, painting.bounds, painting.picture};
+        Painting &before = m_paintings[place.paintings + i];
+        Painting now = other.m_paintings[i];
+        now.placement *= place.placement;
+        if (now.words != before.words || now.bounds != before.bounds || now.placement != before.placement)
+            different |= before.placement.mapRect(before.bounds) | now.placement.mapRect(now.bounds);
+        before = std::move(now);
     }
     for (std::size_t i = 0; i < place.glowCount; ++i) {
         other.m_glows[i]->inherit(*m_glows[place.glows + i]);
         m_glows[place.glows + i] = other.m_glows[i];
     }
-    return true;
+    return different;
 }
 
-void Arrangement::addPicture(const QRectF &bounds, Picture picture)
+void Arrangement::addPicture(const QRectF &bounds, Picture picture, const QString &words)
 {
-    m_paintings.push_back({{}, bounds, std::move(picture)});
+    m_paintings.push_back({{}, bounds, std::move(picture), words});
 }
 
-void Arrangement::addPainting(const QRectF &bounds, std::function<void(QPainter &)> paint)
+void Arrangement::addPainting(const QRectF &bounds, std::function<void(QPainter &)> paint, const QString &words)
 {
-    addPicture(bounds, {[paint = std::move(paint)](QPainter &painter, Instant) { paint(painter); }});
+    addPicture(bounds, {[paint = std::move(paint)](QPainter &painter, Instant) { paint(painter); }}, words);
 }
 
 void Arrangement::addGlow(std::shared_ptr<Glow> glow)
@@ -127,7 +140,7 @@ void Arrangement::addChild(const Arrangement &child, const QTransform &placement
         m_places.push_back(place);
     }
     for (const Painting &painting : child.m_paintings)
-        m_paintings.push_back({painting.placement * placement, painting.bounds, painting.picture});
+        m_paintings.push_back({painting.placement * placement, painting.bounds, painting.picture, painting.words});
     for (const Text &each : child.m_texts)
         m_texts.push_back({each.text, placement.mapRect(each.frame)});
     for (const Tagged &each : child.m_tagged)

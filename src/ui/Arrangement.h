@@ -58,6 +58,8 @@ public:
 
     /// All that is painted, which may reach beyond the frame.
     [[nodiscard]] QRectF bounds() const;
+    /// All that is said in it.
+    [[nodiscard]] QString words() const;
 
     /// Paints everything that touches `dirty`, as it looks at `now`; an empty rectangle stands for all of it.
     void paint(QPainter &painter, Instant now, const QRectF &dirty = {}) const;
@@ -67,15 +69,17 @@ public:
     [[nodiscard]] std::vector<QRectF> changed(Instant from, Instant to) const;
     /// Takes over what an earlier arrangement of the same elements has baked.
     void inheritGlows(const Arrangement &before);
-    /// Puts another arrangement of the first element with this tag, of the same size, in its place. False, and nothing
-    /// is done, where there is none of that tag or size, or where it is made of more or fewer parts.
-    [[nodiscard]] bool replace(const QString &tag, const Arrangement &other);
+    /// Puts another arrangement of the first element with this tag in its place, which differs from it in what it says
+    /// and in nothing else. Gives the part that looks different, empty where that is none; no part, and nothing is
+    /// done, where there is no element of that tag and size, or where it is made of more or fewer pictures.
+    [[nodiscard]] std::optional<QRectF> replace(const QString &tag, const Arrangement &other);
 
     // For the elements, which build it up from their children.
     void setSize(QSizeF size) { m_size = size; }
-    /// `bounds` is all that the picture touches.
-    void addPicture(const QRectF &bounds, Picture picture);
-    void addPainting(const QRectF &bounds, std::function<void(QPainter &)> paint);
+    /// `bounds` is all that the picture touches; `words` is all that it says, or that lies where it does because of
+    /// what is said.
+    void addPicture(const QRectF &bounds, Picture picture, const QString &words = {});
+    void addPainting(const QRectF &bounds, std::function<void(QPainter &)> paint, const QString &words = {});
     void addGlow(std::shared_ptr<Glow> glow);
     void addText(const QString &text);
     void addChild(const Arrangement &child, const QTransform &placement);
@@ -89,6 +93,7 @@ private:
         QTransform placement;
         QRectF bounds;
         Picture picture;
+        QString words;
     };
 
     /// Where the parts of a tagged element are among all.

@@ -122,7 +122,7 @@ public:
             return child;
         Arrangement result(child.size());
         const auto glow = std::make_shared<Glow>(child.bounds(), m_radius, m_colour);
-        result.addPicture(glow->bounds(), lightOf(child, glow));
+        result.addPicture(glow->bounds(), lightOf(child, glow), child.words());
         result.addGlow(glow);
         result.addChild(child, QPointF());
         return result;

@@ -48,7 +48,8 @@ private:
             addCursor(result, fitted.font, last + QPointF(fitted.rightToLeft ? 0 : end, 0), cursorWidth);
             last.rx() += fitted.rightToLeft ? cursorWidth : 0;
         }
-        paintWithin(result, fitted.font, [fitted, starts](QPainter &painter) {
+        result.addText(withoutIsolates(m_text));
+        addWords(result, result.frame(), fitted.font, m_text, [fitted, starts](QPainter &painter) {
             painter.setLayoutDirection(fitted.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
             for (qsizetype i = 0; i < fitted.lines.size(); ++i)
                 painter.drawText(starts[static_cast<std::size_t>(i)], fitted.lines[i]);
@@ -71,17 +72,19 @@ private:
         const QFontMetricsF metrics(font);
         const QRectF box(position.x() - 2, position.y() - metrics.ascent(), width + 4, metrics.height());
         result.addPicture(
-            box, {.paint =
-                      [font, position, colour = *m_style.cursor](QPainter &painter, Instant now) {
-                          if (!Blink::isLit(now))
-                              return;
-                          painter.setFont(font);
-                          painter.setPen(colour);
-                          painter.drawText(position, cursorSign);
-                      },
-                  .untilChange = [](Instant now, double) { return Blink::untilTurn(now); },
-                  .changed = [box](Instant from,
-                                   Instant to) { return Blink::isLit(from) == Blink::isLit(to) ? QRectF() : box; }});
+            box,
+            {.paint =
+                 [font, position, colour = *m_style.cursor](QPainter &painter, Instant now) {
+                     if (!Blink::isLit(now))
+                         return;
+                     painter.setFont(font);
+                     painter.setPen(colour);
+                     painter.drawText(position, cursorSign);
+                 },
+             .untilChange = [](Instant now, double) { return Blink::untilTurn(now); },
+             .changed = [box](Instant from,
+                              Instant to) { return Blink::isLit(from) == Blink::isLit(to) ? QRectF() : box; }},
+            m_text);
     }
 
     [[nodiscard]] Arrangement arrangeDigits() const
@@ -95,6 +98,7 @@ private:
         {
             QString text;
             double x;
+            double width;
         };
         std::vector<Run> runs;
         double x = 0;
@@ -103,37 +107,46 @@ private:
             qsizetype end = start + 1;
             if (isDigit(m_text[start])) {
                 const QString digit = m_text.mid(start, 1);
-                runs.push_back({digit, x + (cell - advanceOf(digit, m_style.font)) / 2});
+                const double width = advanceOf(digit, m_style.font);
+                runs.push_back({digit, x + (cell - width) / 2, width});
                 x += cell;
             } else {
                 while (end < m_text.size() && !isDigit(m_text[end]))
                     ++end;
                 const QString between = m_text.mid(start, end - start);
-                runs.push_back({between, x});
-                x += advanceOf(between, m_style.font);
+                const double width = advanceOf(between, m_style.font);
+                runs.push_back({between, x, width});
+                x += width;
             }
             start = end;
         }
         Arrangement result(QSizeF(std::ceil(x), std::ceil(metrics.height())));
-        paintWithin(result, m_style.font, [runs, baseline = metrics.ascent()](QPainter &painter) {
-            for (const Run &run : runs)
-                painter.drawText(QPointF(run.x, baseline), run.text);
-        });
+        result.addText(withoutIsolates(m_text));
+        // Each for itself: of a clock, few change at a time.
+        for (const Run &run : runs) {
+            addWords(result, QRectF(run.x, 0, run.width, result.size().height()), m_style.font, run.text,
+                     [text = run.text, at = QPointF(run.x, metrics.ascent())](QPainter &painter) {
+                         painter.drawText(at, text);
+                     });
+        }
         return result;
     }
 
-    void paintWithin(Arrangement &result, const QFont &font, std::function<void(QPainter &)> draw) const
+    /// Something painted that says `words` and lies in `frame`, but for accents and slanted strokes, which reach beyond
+    /// the advance widths.
+    void addWords(Arrangement &result, const QRectF &frame, const QFont &font, const QString &words,
+                  std::function<void(QPainter &)> draw) const
     {
-        result.addText(withoutIsolates(m_text));
-        // Accents and slanted strokes reach beyond the advance widths.
         const double reach = font.pixelSize() / 2.0;
-        result.addPainting(result.frame().adjusted(-reach, -reach, reach, reach),
-                           [font, colour = m_style.colour, draw = std::move(draw)](QPainter &painter) {
-                               painter.setRenderHint(QPainter::TextAntialiasing);
-                               painter.setFont(font);
-                               painter.setPen(colour);
-                               draw(painter);
-                           });
+        result.addPainting(
+            frame.adjusted(-reach, -reach, reach, reach),
+            [font, colour = m_style.colour, draw = std::move(draw)](QPainter &painter) {
+                painter.setRenderHint(QPainter::TextAntialiasing);
+                painter.setFont(font);
+                painter.setPen(colour);
+                draw(painter);
+            },
+            words);
     }
 
     QString m_text;

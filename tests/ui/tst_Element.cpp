@@ -23,6 +23,7 @@ private Q_SLOTS:
     void scalingKeepsTheRoomAndTheCentre();
     void taggedElementsReportFrameAndLabel();
     void aTaggedElementIsReplacedInItsPlace();
+    void replacingTellsWhatLooksDifferent();
     void paintsOnlyWhatTouchesTheDirtyPart();
     void fixedDigitsStandStill();
     void symbolsAreDrawnInTheirColour_data();
@@ -144,6 +145,37 @@ void tst_Element::aTaggedElementIsReplacedInItsPlace()
     QVERIFY(words.replace(u"a"_s, digits(u"10:47"_s).arrange(500)));
     QCOMPARE(words.tagged().at(0).label, u"10:47"_s);
     QCOMPARE(words.tagged().at(1).label, u"1"_s);
+}
+
+void tst_Element::replacingTellsWhatLooksDifferent()
+{
+    const auto clock = [](const QString &time) {
+        return tagged(u"clock"_s, filled(Shape::capsule(), Qt::white,
+                                         padded({20, 5, 20, 5},
+                                                text(time).font(designFont(FontDesign::Rounded, 20)).fixedDigits())));
+    };
+    const auto turned = [&](Arrangement &card, const QString &time) {
+        return card.replace(u"clock"_s, clock(time).arrange(500));
+    };
+    Arrangement card = padded({7, 0, 0, 0}, vertical(2, {clock(u"10:00"_s)})).arrange(500);
+    QVERIFY(turned(card, u"10:00"_s)); // where the parts lie is computed in another way, with other rounding errors
+    QCOMPARE(turned(card, u"10:00"_s), QRectF());
+    const QRectF frame = card.frame();
+    const QRectF last = turned(card, u"10:01"_s).value();
+    const QRectF both = turned(card, u"10:23"_s).value();
+    const QRectF all = turned(card, u"09:59"_s).value();
+    QVERIFY(last.left() > frame.center().x() && last.right() > frame.right() - 27 && last.right() < frame.right());
+    QVERIFY(both.contains(last.center()) && both.left() < last.left() - 8 && both.left() > frame.center().x() - 10);
+    QVERIFY(all.contains(both.center()) && all.left() > frame.left() && all.left() < frame.left() + 27);
+
+    // A light takes on the shape of what it shines around, even where that reaches no farther.
+    const auto shining = [](const QString &time) {
+        return tagged(u"clock"_s,
+                      glowing(12, Qt::red, text(time).font(designFont(FontDesign::Rounded, 20)).fixedDigits()));
+    };
+    Arrangement light = shining(u"10:00"_s).arrange(500);
+    const QRectF lit = light.replace(u"clock"_s, shining(u"10:10"_s).arrange(500)).value();
+    QVERIFY(lit.left() < light.frame().left() && lit.right() > light.frame().right());
 }
 
 void tst_Element::paintsOnlyWhatTouchesTheDirtyPart()
