@@ -13,8 +13,8 @@ void keepPicturesApart();
 void giveBack();
 
 /// Takes the pages of fresh memory that is about to be written as a whole in one go. Else the system is interrupted
-/// once for each of them, which costs several times what is then written, on virtual machines more than ten times. Large
-/// pages are asked for. Does nothing where the system (before Linux 5.14) does not know how.
+/// once for each of them, which costs several times what is then written, on virtual machines more than ten times.
+/// Large pages are asked for. Does nothing where the system (before Linux 5.14) does not know how.
 void populate(void *memory, std::size_t bytes);
 
 } // namespace kelp::memory
