@@ -1,6 +1,7 @@
 #include "overlay/CardTags.h"
 #include "overlay/OverlayScene.h"
 #include "overlay/OverlayView.h"
+#include "support/PictureDifference.h"
 #include "support/SampleMeetings.h"
 #include "support/SampleThemes.h"
 
@@ -46,16 +47,6 @@ void save(const QImage &image, const QString &name)
         return;
     QDir().mkpath(folder);
     QVERIFY(image.save(folder + u'/' + name + u".png"_s));
-}
-
-int greatestDifference(const QImage &a, const QImage &b)
-{
-    int result = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x)
-            result = std::max(result, std::abs(qGray(a.pixel(x, y)) - qGray(b.pixel(x, y))));
-    }
-    return result;
 }
 
 /// Everything that differs from the background at the same height.
@@ -194,12 +185,12 @@ void tst_OverlayPictures::liveWindowShowsTheSamePicture()
     QImage live = blank(size, 1);
     view.resize(size);
     view.render(&live);
-    QVERIFY(greatestDifference(live, still) > 100);
+    QVERIFY(test::greatestDifference(live, still) > 100);
     for (double remaining = 10.3; remaining > 9; remaining -= 0.05)
         view.setNow(sample::ten - remaining);
     view.setNow(sample::ten - 9);
     view.render(&live);
-    QVERIFY(greatestDifference(live, still) <= 2); // blending in two steps rounds twice
+    QVERIFY(test::greatestDifference(live, still) <= 2); // blending in two steps rounds twice
 }
 
 QTEST_MAIN(tst_OverlayPictures)

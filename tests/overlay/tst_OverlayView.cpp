@@ -2,6 +2,7 @@
 
 #include "overlay/CardButton.h"
 #include "overlay/CardTags.h"
+#include "support/PictureDifference.h"
 #include "support/SampleMeetings.h"
 
 #include <QAccessible>
@@ -278,21 +279,25 @@ void tst_OverlayView::looksAsIfLaidOutAnewAfterEachTurn()
     const Instant begin = sample::ten - 601;
     OverlayView turned(scene, begin);
     turned.resize(size);
+    const double density = turned.devicePixelRatioF();
+    // What is made larger, like a light, is rounded in another way where only a part of it is painted.
+    const int rounding = density == 1 ? 0 : 2;
     const auto seen = [&](OverlayView &each) {
-        QImage image(size, QImage::Format_RGB32);
+        QImage image((QSizeF(size) * density).toSize(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(density);
         each.render(&image);
         return image;
     };
     QImage before = seen(turned);
     // From two digits of minutes to one, into the last second, and past the start.
-    for (const double moment : {-600.0, -599.0, -119.0, -61.0, -59.0, -9.0, -1.0, 0.0, 61.0}) {
+    for (const double moment : {-600.0, -599.0, -598.0, -597.0, -596.0, -119.0, -61.0, -59.0, -9.0, -1.0, 0.0, 61.0}) {
         const Instant now = sample::ten + moment;
         turned.setNow(now);
         OverlayView fresh(scene, now);
         fresh.setFrameTime(begin);
         fresh.resize(size);
         const QImage picture = seen(turned);
-        QVERIFY2(picture == seen(fresh), qPrintable(QString::number(moment)));
+        QVERIFY2(test::greatestDifference(picture, seen(fresh)) <= rounding, qPrintable(QString::number(moment)));
         QVERIFY2(picture != std::exchange(before, picture) || isRing, qPrintable(QString::number(moment)));
     }
 }

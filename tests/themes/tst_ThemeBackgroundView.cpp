@@ -1,5 +1,6 @@
 #include "themes/ThemeBackgroundView.h"
 
+#include "support/PictureDifference.h"
 #include "themes/PictureLayer.h"
 #include "themes/ThemeImages.h"
 
@@ -55,19 +56,6 @@ QImage painted(ThemeBackgroundView &view, QSize size, double density = 1)
     QPainter painter(&image);
     view.paint(painter, size, {});
     return image;
-}
-
-/// Of any channel of any pixel.
-int greatestDifference(const QImage &a, const QImage &b)
-{
-    int greatest = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        const uchar *left = a.constScanLine(y);
-        const uchar *right = b.constScanLine(y);
-        for (int i = 0; i < a.width() * 4; ++i)
-            greatest = std::max(greatest, std::abs(left[i] - right[i]));
-    }
-    return greatest;
 }
 
 OverlayTheme with(const ThemeBackground &background)
@@ -463,7 +451,7 @@ void tst_ThemeBackgroundView::onlyWhatChangesIsPaintedAgain()
         ThemeBackgroundView(theme, options).paint(painter, size, now);
         painter.end();
         // Qt draws smoothed lines a little differently under a clip. A streak left behind differs by 40 levels.
-        QVERIFY(greatestDifference(shown, whole) <= 4);
+        QVERIFY(test::greatestDifference(shown, whole) <= 4);
         before = now;
     }
 }
