@@ -30,7 +30,7 @@ private Q_SLOTS:
     void belongsToTheUsersConfiguration();
 
 private:
-    [[nodiscard]] AutostartEntry entry(const QString &program = u"/usr/bin/kelp"_s) const
+    [[nodiscard]] AutostartEntry entry(const QString &program = u"/bin/sh"_s) const
     {
         return {program, {users, systems}};
     }
@@ -70,7 +70,8 @@ void tst_AutostartEntry::isWrittenAndTakenAway()
     QCOMPARE(item.path(), file());
     const QByteArray content = read(file());
     QVERIFY(content.startsWith("[Desktop Entry]\nType=Application\nName=Kelp\n"));
-    QVERIFY(content.endsWith("\nExec=\"/usr/bin/kelp\"\n"));
+    QVERIFY(content.endsWith("\nExec=\"/bin/sh\"\n"));
+    write(users + u"/.kelp-save-x.tmp"_s, "a save that was cut short");
     QVERIFY(item.setEnabled(true));
     QVERIFY(item.setEnabled(false));
     QVERIFY(!item.isEnabled());
@@ -95,9 +96,14 @@ void tst_AutostartEntry::startsTheProgramWhateverItsPath()
 {
     QFETCH(QString, program);
     QFETCH(QByteArray, exec);
-    QVERIFY(entry(program).setEnabled(true));
-    QVERIFY2(read(file()).contains("\nExec=" + exec + '\n'), read(file()).constData());
-    QVERIFY(entry(program).isEnabled());
+    const QString path = folder->path() + program;
+    QVERIFY(entry(path).setEnabled(true));
+    const QByteArray whole = '"' + folder->path().toUtf8() + exec.mid(1);
+    QVERIFY2(read(file()).contains("\nExec=" + whole + '\n'), read(file()).constData());
+    QVERIFY(!entry(path).isEnabled()); // it is not there
+    write(path, "#!/bin/sh\n");
+    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ExeOwner));
+    QVERIFY(entry(path).isEnabled());
     // The standard's own checker agrees.
     QCOMPARE(QProcess::execute(u"desktop-file-validate"_s, {file()}), 0);
 }
@@ -106,7 +112,7 @@ void tst_AutostartEntry::tellsWhatOtherToolsHaveMadeOfIt_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<bool>("enabled");
-    const QByteArray usual = "[Desktop Entry]\nType=Application\nName=Kelp\nExec=kelp\n";
+    const QByteArray usual = "[Desktop Entry]\nType=Application\nName=Kelp\nExec=sh\n";
     QTest::newRow("usual") << usual << true;
     QTest::newRow("hidden") << usual + "Hidden=true\n" << false;
     QTest::newRow("not hidden") << usual + "Hidden=false\n" << true;
@@ -119,6 +125,8 @@ void tst_AutostartEntry::tellsWhatOtherToolsHaveMadeOfIt_data()
     QTest::newRow("not elsewhere") << usual + "NotShowIn=KDE;\n" << true;
     QTest::newRow("another group") << usual + "[Desktop Action x]\nHidden=true\n" << true;
     QTest::newRow("a comment") << usual + "#Hidden=true\n" << true;
+    QTest::newRow("a program that is gone")
+        << "[Desktop Entry]\nType=Application\nName=Kelp\nExec=\"/nonexistent/kelp\"\n"_ba << false;
     QTest::newRow("nothing to start") << "[Desktop Entry]\nName=Kelp\n"_ba << false;
     QTest::newRow("empty") << ""_ba << false;
     QTest::newRow("nonsense") << QByteArray("\0\xff\n=\n[\n", 7) << false;
@@ -140,7 +148,7 @@ void tst_AutostartEntry::tellsWhatOtherToolsHaveMadeOfIt()
 
 void tst_AutostartEntry::hidesTheOneOfTheSystem()
 {
-    write(systems + u"/app.kelp.Kelp.desktop"_s, "[Desktop Entry]\nExec=kelp\n");
+    write(systems + u"/app.kelp.Kelp.desktop"_s, "[Desktop Entry]\nType=Application\nName=Kelp\nExec=sh\n");
     AutostartEntry item = entry();
     QVERIFY(item.isEnabled());
     QVERIFY(item.setEnabled(false));

@@ -7,6 +7,8 @@
 #include <QHash>
 #include <QStandardPaths>
 
+#include <glib.h>
+
 #include <algorithm>
 #include <optional>
 #include <utility>
@@ -60,6 +62,20 @@ bool starts(const Keys &keys)
            (!keys.contains("OnlyShowIn") || names(keys.value("OnlyShowIn"))) && !names(keys.value("NotShowIn"));
 }
 
+/// Whether the program that a key Exec names exists: where Kelp has been moved or removed since, nothing will start.
+bool hasProgram(QByteArray exec)
+{
+    exec.replace("\\\\", "\\"); // the first of the two levels of escapes
+    char **arguments = nullptr;
+    if (!g_shell_parse_argv(exec.constData(), nullptr, &arguments, nullptr))
+        return false;
+    const QByteArray program = QByteArray(arguments[0]).replace("%%", "%");
+    g_strfreev(arguments);
+    char *const found = g_find_program_in_path(program.constData());
+    g_free(found);
+    return found != nullptr;
+}
+
 /// A path as the key Exec wants it: quoted, with two levels of escapes and no field codes.
 QByteArray quoted(const QString &path)
 {
@@ -96,13 +112,14 @@ bool AutostartEntry::isEnabled() const
 {
     for (const QString &folder : m_folders) {
         if (const std::optional<Keys> keys = read(folder + fileName))
-            return starts(*keys);
+            return starts(*keys) && hasProgram(keys->value("Exec"));
     }
     return false;
 }
 
 Result<void, QString> AutostartEntry::setEnabled(bool enabled)
 {
+    AtomicFile::sweep(m_folders.first());
     AtomicFile file(path());
     const auto done = enabled          ? file.write(entry())
                       : systemHasOne() ? file.write(entry() + "Hidden=true\n")
