@@ -23,6 +23,9 @@ QNetworkRequest networkRequest(const HttpRequest &request)
     result.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
     result.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
     result.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+    // One connection would carry all requests, and an aborted one leaves it open: after a change of network each retry
+    // would wait for an answer on the dead connection, for as long as retries come sooner than Qt gives it up (120 s).
+    result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     for (const auto &[name, value] : request.headers)
         result.setRawHeader(name, value);
     return result;

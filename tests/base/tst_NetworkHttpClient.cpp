@@ -85,6 +85,7 @@ private Q_SLOTS:
     void reportsABrokenAnswer();
     void reportsARefusedConnection();
     void refusesAnUnverifiedServer();
+    void asksInAConnectionOfItsOwn();
     void keepsNoCookies();
     void usesNoProxyForThisComputer();
     void doesNotCallBackWhoeverIsGone();
@@ -267,6 +268,41 @@ void tst_NetworkHttpClient::refusesAnUnverifiedServer()
     QVERIFY(!*outcome);
     QCOMPARE(outcome->error().kind, HttpError::Kind::insecure);
     QVERIFY(received.isEmpty());
+}
+
+void tst_NetworkHttpClient::asksInAConnectionOfItsOwn()
+{
+    QFile file(qEnvironmentVariable("KELP_TEST_DATA") + u"/self-signed-localhost.pem"_s);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray pem = file.readAll();
+    const QSslConfiguration usual = QSslConfiguration::defaultConfiguration();
+    QSslConfiguration trusting = usual;
+    trusting.setCaCertificates({QSslCertificate(pem)});
+    QSslConfiguration::setDefaultConfiguration(trusting);
+    QSslConfiguration configuration = usual;
+    configuration.setLocalCertificate(QSslCertificate(pem));
+    configuration.setPrivateKey(QSslKey(pem, QSsl::Rsa));
+    // As Google's servers do; the newer protocol would put all requests into one connection.
+    configuration.setAllowedNextProtocols(
+        {QSslConfiguration::ALPNProtocolHTTP2, QSslConfiguration::NextProtocolHttp1_1});
+    QSslServer server;
+    server.setSslConfiguration(configuration);
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    QByteArray received;
+    connect(&server, &QTcpServer::pendingConnectionAvailable, this, [&] {
+        QTcpSocket *socket = server.nextPendingConnection();
+        connect(socket, &QTcpSocket::readyRead, this, [&received, socket] {
+            received += socket->readAll();
+            if (received.endsWith("\r\n\r\n"))
+                socket->write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
+        });
+    });
+    get(QUrl(u"https://127.0.0.1:%1/"_s.arg(server.serverPort())));
+    QTRY_VERIFY(!received.isEmpty());
+    QSslConfiguration::setDefaultConfiguration(usual);
+    QVERIFY2(received.startsWith("GET / HTTP/1.1\r\n"), received.constData());
+    QTRY_VERIFY(outcome);
+    QCOMPARE((*outcome)->body, "ok");
 }
 
 void tst_NetworkHttpClient::keepsNoCookies()
