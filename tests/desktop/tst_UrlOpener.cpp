@@ -1,5 +1,6 @@
 #include "calendar/Meeting.h"
 #include "platform/linux/GioUrlOpener.h"
+#include "platform/linux/OwnEnvironment.h"
 #include "support/PrivateDesktop.h"
 
 #include <QTest>
@@ -21,6 +22,7 @@ private Q_SLOTS:
     void opensALinkByteForByte();
     void knowsWhetherAnApplicationIsInstalled();
     void joinsInTheApplicationWhereThereIsOne();
+    void whatIsMeantForKelpAloneStaysThere();
     void opensNothingElse_data();
     void opensNothingElse();
 
@@ -85,6 +87,22 @@ void tst_UrlOpener::joinsInTheApplicationWhereThereIsOne()
     QTRY_VERIFY(!opener.hasHandler(u"zoommtg"_s));
     meeting.join(opener);
     QTRY_COMPARE(desktop.opened().value(1), "https://us02web.zoom.us/j/85551234567?pwd=XyZ123");
+}
+
+void tst_UrlOpener::whatIsMeantForKelpAloneStaysThere()
+{
+    qputenv("KELP_TEST_SET", "before");
+    ownEnvironment::set("KELP_TEST_SET", "own");
+    ownEnvironment::set("KELP_TEST_SET", "own again");
+    ownEnvironment::set("KELP_TEST_UNSET", "own");
+    QCOMPARE(qgetenv("KELP_TEST_SET"), "own again");
+    QCOMPARE(qgetenv("KELP_TEST_UNSET"), "own");
+    opener.open(u"https://example.com/"_s);
+    QTRY_COMPARE(desktop.opened().size(), 1);
+    const QList<QByteArray> environment = desktop.environmentOfOpener();
+    QVERIFY(environment.contains("KELP_TEST_SET=before"));
+    QVERIFY(!environment.contains("KELP_TEST_UNSET=own"));
+    QVERIFY(environment.contains("DBUS_SESSION_BUS_ADDRESS=" + desktop.sessionBus().address().toLatin1()));
 }
 
 void tst_UrlOpener::opensNothingElse_data()

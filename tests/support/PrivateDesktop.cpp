@@ -76,7 +76,8 @@ void PrivateDesktop::installHandler()
 {
     // One write per link, so that links opened at the same time stay apart.
     const QString program = folder(u"note-link"_s);
-    const QString script = u"#!/bin/sh\nprintf '%s\\n' \"$1\" >>'%1'\n"_s.arg(folder(u"links"_s));
+    const QString script =
+        u"#!/bin/sh\nenv >'%1'\nprintf '%s\\n' \"$1\" >>'%2'\n"_s.arg(folder(u"openers"_s), folder(u"links"_s));
     if (!write(program, script.toUtf8(), true))
         m_problem = u"the handler of links cannot be written"_s;
 }
@@ -116,6 +117,11 @@ QList<QByteArray> PrivateDesktop::opened() const
     QList<QByteArray> lines = content(folder(u"links"_s)).split('\n');
     lines.removeLast(); // what follows the last line's end: nothing, or a line that is being written
     return lines;
+}
+
+QList<QByteArray> PrivateDesktop::environmentOfOpener() const
+{
+    return content(folder(u"openers"_s)).split('\n');
 }
 
 QJsonObject PrivateDesktop::preferences() const

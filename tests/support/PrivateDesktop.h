@@ -32,6 +32,8 @@ public:
     void unregisterHandler(const QString &scheme);
     /// The links opened since the last `forget`, in order, byte for byte.
     [[nodiscard]] QList<QByteArray> opened() const;
+    /// What the application that opened the last of them was started with: "NAME=value".
+    [[nodiscard]] QList<QByteArray> environmentOfOpener() const;
 
     /// Kelp's folders and files here.
     [[nodiscard]] QString configuration() const { return folder(QStringLiteral(".config/Kelp")); }

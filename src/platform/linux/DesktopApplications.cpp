@@ -1,6 +1,7 @@
 #include "platform/linux/DesktopApplications.h"
 
 #include "base/Logging.h"
+#include "platform/linux/OwnEnvironment.h"
 
 #include <QThreadPool>
 
@@ -58,7 +59,8 @@ void launch(const QString &id)
     QThreadPool::globalInstance()->start([id] {
         const Application application = find(id);
         GError *error = nullptr;
-        if (application && g_app_info_launch(G_APP_INFO(application.get()), nullptr, nullptr, &error))
+        if (application &&
+            g_app_info_launch(G_APP_INFO(application.get()), nullptr, ownEnvironment::launchContext().get(), &error))
             return;
         qCWarning(logPlatform) << "cannot start" << id << (error ? error->message : "");
         g_clear_error(&error);

@@ -1,6 +1,7 @@
 #include "platform/linux/GioUrlOpener.h"
 
 #include "base/Logging.h"
+#include "platform/linux/OwnEnvironment.h"
 
 #include <QThreadPool>
 
@@ -19,15 +20,6 @@ struct Unref
     void operator()(gpointer object) const { g_object_unref(object); }
 };
 using AppInfo = std::unique_ptr<GAppInfo, Unref>;
-using LaunchContext = std::unique_ptr<GAppLaunchContext, Unref>;
-
-/// What Kelp tells its own Qt is not meant for others'.
-LaunchContext launchContext()
-{
-    LaunchContext context(g_app_launch_context_new());
-    g_app_launch_context_unsetenv(context.get(), "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT");
-    return context;
-}
 
 /// All of a link that a log may have.
 QString schemeOf(const QString &link)
@@ -51,7 +43,7 @@ void GioUrlOpener::open(const QString &link)
     // Finding and starting the handler reads the disk and may talk to the bus.
     QThreadPool::globalInstance()->start([link] {
         GError *error = nullptr;
-        if (g_app_info_launch_default_for_uri(link.toUtf8().constData(), launchContext().get(), &error))
+        if (g_app_info_launch_default_for_uri(link.toUtf8().constData(), ownEnvironment::launchContext().get(), &error))
             return;
         qCWarning(logPlatform) << "no application opened a link with the scheme" << schemeOf(link) << error->message;
         g_error_free(error);

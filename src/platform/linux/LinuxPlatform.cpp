@@ -9,6 +9,7 @@
 #include "platform/linux/GioUrlOpener.h"
 #include "platform/linux/MprisPlayers.h"
 #include "platform/linux/MprisRegistry.h"
+#include "platform/linux/OwnEnvironment.h"
 #include "platform/linux/PortalAppearance.h"
 #include "platform/linux/SessionBus.h"
 #include "platform/linux/TokenWindowActivator.h"
@@ -99,7 +100,7 @@ void Platform::prepare()
     if (!busHangs(sessionBusAddress(), patience))
         return;
     qCWarning(logPlatform) << "the session bus does not answer; going on without one";
-    qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    ownEnvironment::set("DBUS_SESSION_BUS_ADDRESS", "disabled:");
 }
 
 std::unique_ptr<Platform> Platform::make()

@@ -1,5 +1,7 @@
 #include "platform/linux/wayland/LayerShellCover.h"
 
+#include "platform/linux/OwnEnvironment.h"
+
 #include "base/Logging.h"
 #include "platform/linux/wayland/LayerSurface.h"
 
@@ -21,7 +23,7 @@ constexpr auto noRoleVariable = "QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT";
 
 void LayerShellCover::allow()
 {
-    qputenv(noRoleVariable, "1");
+    ownEnvironment::set(noRoleVariable, "1");
 }
 
 LayerShellCover::LayerShellCover(std::unique_ptr<LayerShell> shell, QObject *parent)
