@@ -21,6 +21,7 @@ private Q_SLOTS:
     void startingItAgainBringsAPanelBehindOthersForward();
     void anotherConfigurationHasAKelpOfItsOwn();
     void withoutABusTheFirstOneStays();
+    void whoComesWithoutABusFindsTheOneWithIt();
     void aKilledOneLeavesNoLock();
     void aBusThatNeverAnswersDoesNotKeepItFromStarting();
 
@@ -92,6 +93,19 @@ void tst_SingleInstance::withoutABusTheFirstOneStays()
 {
     KelpProcess first(desktop);
     first.set(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nonexistent"_s);
+    QVERIFY(first.start());
+    QTRY_VERIFY_WITH_TIMEOUT(first.panelIsActive(), patience);
+    KelpProcess second(desktop);
+    second.set(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nonexistent"_s);
+    QVERIFY(second.start());
+    QCOMPARE(second.exitStatus(), 0);
+    QVERIFY(second.output().contains("Kelp is running already."));
+    QVERIFY(first.panelIsActive());
+}
+
+void tst_SingleInstance::whoComesWithoutABusFindsTheOneWithIt()
+{
+    KelpProcess first(desktop);
     QVERIFY(first.start());
     QTRY_VERIFY_WITH_TIMEOUT(first.panelIsActive(), patience);
     KelpProcess second(desktop);

@@ -85,28 +85,28 @@ void DBusSingleInstance::decide(Claim claim)
         return;
     switch (claim) {
     case Claim::owned:
+        static_cast<void>(takeLock()); // for who comes without a bus; who owns the name is the one
         Q_EMIT first();
         break;
     case Claim::taken:
         Q_EMIT second();
         break;
     case Claim::noBus:
-        claimByLock();
+        if (takeLock())
+            Q_EMIT first();
+        else
+            Q_EMIT second();
         break;
     }
 }
 
-void DBusSingleInstance::claimByLock()
+bool DBusSingleInstance::takeLock()
 {
     // Where the folder cannot be made, opening the file fails, too.
     (void)makePrivateFolder(folders::configuration());
     const QByteArray path = QFile::encodeName(folders::configuration() + u"/lock"_s);
     m_lock = ::open(path.constData(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600);
-    // A folder that cannot be written to must not keep the reminders from coming.
-    if (m_lock >= 0 && ::flock(m_lock, LOCK_EX | LOCK_NB) != 0)
-        Q_EMIT second();
-    else
-        Q_EMIT first();
+    return m_lock < 0 || ::flock(m_lock, LOCK_EX | LOCK_NB) == 0;
 }
 
 } // namespace kelp

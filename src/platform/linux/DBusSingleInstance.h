@@ -31,7 +31,8 @@ private:
     enum class Claim { owned, taken, noBus };
 
     void decide(Claim claim);
-    void claimByLock();
+    /// False where another Kelp holds it. A folder that cannot be written to must not keep the reminders from coming.
+    [[nodiscard]] bool takeLock();
 
     Clock &m_clock;
     std::shared_ptr<DBusApplicationObject> m_object; ///< shared with the thread that registers it
