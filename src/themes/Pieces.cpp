@@ -3,7 +3,6 @@
 #include <QPainter>
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 namespace kelp {
@@ -13,24 +12,35 @@ namespace {
 /// Qt hands a picture to another thread for every so many pixels (qrasterpaintengine, 6.2 and later).
 constexpr int pixelsPerThread = 1 << 16;
 
-/// Clips to the very pixels that `piece` touches: at a density like 1.25 a clip in points would leave some of them out.
-void clip(QPainter &painter, const QRect &piece, double density, Qt::ClipOperation operation)
+/// The pixels that `part` (points) touches. One region, because at a density like 1.25 two rectangles side by side
+/// touch the same pixels where they meet: what is translucent would be painted twice there.
+QRegion pixelsOf(const QRegion &part, double density)
 {
-    if (density == std::floor(density)) {
-        painter.setClipRect(piece, operation);
-        return;
-    }
+    if (density == 1)
+        return part;
+    QRegion pixels;
+    for (const QRect &each : part)
+        pixels += QRectF(QPointF(each.topLeft()) * density, QSizeF(each.size()) * density).toAlignedRect();
+    return pixels;
+}
+
+/// In points, `density` pixels each.
+QRectF inPoints(const QRect &pixels, double density)
+{
+    return {QPointF(pixels.topLeft()) / density, QSizeF(pixels.size()) / density};
+}
+
+void clip(QPainter &painter, const QRect &pixels, double density, Qt::ClipOperation operation)
+{
     const QTransform world = painter.worldTransform();
     painter.setWorldTransform(QTransform::fromScale(1 / density, 1 / density) * world);
-    painter.setClipRect(QRectF(QPointF(piece.topLeft()) * density, QSizeF(piece.size()) * density).toAlignedRect(),
-                        operation);
+    painter.setClipRect(pixels, operation);
     painter.setWorldTransform(world);
 }
 
 template<typename Pieces>
-void forEach(QPainter &painter, const Pieces &pieces, const std::function<void(const QRectF &)> &paint)
+void forEach(QPainter &painter, const Pieces &pieces, double density, const std::function<void(const QRectF &)> &paint)
 {
-    const double density = painter.device()->devicePixelRatioF();
     const bool isClipped = painter.hasClipping();
     painter.save();
     for (const QRect &piece : pieces) {
@@ -39,7 +49,7 @@ void forEach(QPainter &painter, const Pieces &pieces, const std::function<void(c
             painter.save();
         }
         clip(painter, piece, density, isClipped ? Qt::IntersectClip : Qt::ReplaceClip);
-        paint(piece);
+        paint(inPoints(piece, density));
     }
     painter.restore();
 }
@@ -48,21 +58,21 @@ void forEach(QPainter &painter, const Pieces &pieces, const std::function<void(c
 
 void forEachPiece(QPainter &painter, const QRegion &part, const std::function<void(const QRectF &)> &paint)
 {
-    forEach(painter, part, paint);
+    const double density = painter.device()->devicePixelRatioF();
+    forEach(painter, pixelsOf(part, density), density, paint);
 }
 
 void forEachSmallPiece(QPainter &painter, const QRegion &part, const std::function<void(const QRectF &)> &paint)
 {
     const double density = painter.device()->devicePixelRatioF();
     std::vector<QRect> pieces;
-    for (const QRect &each : part) {
+    for (const QRect &each : pixelsOf(part, density)) {
         // Less than twice as many is not yet divided.
-        const double rows = (2 * pixelsPerThread - 1) / (each.width() * density * density);
-        const int height = std::max(1, static_cast<int>(rows));
+        const int height = std::max(1, (2 * pixelsPerThread - 1) / each.width());
         for (int top = each.top(); top <= each.bottom(); top += height)
             pieces.emplace_back(each.left(), top, each.width(), std::min(height, each.bottom() + 1 - top));
     }
-    forEach(painter, pieces, paint);
+    forEach(painter, pieces, density, paint);
 }
 
 } // namespace kelp

@@ -9,9 +9,10 @@ class QPainter;
 
 namespace kelp {
 
-/// Calls `paint` with each rectangle of `part` (points) while `painter` is clipped to the pixels that this one touches.
-/// One after the other, because Qt clips to a single rectangle for nothing: a region of many costs it a table of spans,
-/// megabytes large, with every frame, and what it blends through that it hands out to other threads.
+/// Calls `paint` with rectangles (points, the edges of pixels) that together are all pixels that `part` (points)
+/// touches, each of them once, while `painter` is clipped to that rectangle. One after the other, because Qt clips to a
+/// single rectangle for nothing: a region of many costs it a table of spans, megabytes large, with every frame, and
+/// what it blends through that it hands out to other threads.
 void forEachPiece(QPainter &painter, const QRegion &part, const std::function<void(const QRectF &)> &paint);
 
 /// The same for what is a picture: the pieces are so small that Qt blends each where it is told to. Larger ones it

@@ -118,7 +118,8 @@ void ThemeBackgroundView::paint(QPainter &painter, const QSizeF &size, Instant s
     const double density = painter.device()->devicePixelRatioF();
     prepare(pixelsOf(size, density), density);
     if (!isComposed())
-        return forEachPiece(painter, wanted, [&](const QRectF &piece) { paintStill(painter, size, piece.toRect()); });
+        return forEachPiece(painter, wanted,
+                            [&](const QRectF &piece) { paintStill(painter, size, piece.toAlignedRect()); });
     if (isPictured())
         paintPicture(painter, density, shown, wanted);
     else
