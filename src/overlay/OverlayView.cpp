@@ -33,6 +33,7 @@ public:
         setTextFormat(Qt::PlainText);
         setAttribute(Qt::WA_TransparentForMouseEvents);
         setFocusPolicy(Qt::NoFocus);
+        setUpdatesEnabled(false); // or a new text would have all that lies under the label painted again
     }
 
 protected:

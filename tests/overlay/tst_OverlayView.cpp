@@ -249,7 +249,8 @@ void tst_OverlayView::repaintsOnlyWhatMoves()
     const QRect arc = painted(sample::ten - 39.95);
     QVERIFY2(!arc.isEmpty() && arc.width() < 80 && arc.height() < 80, qPrintable(QString::number(arc.width())));
     const QRect label = painted(sample::ten - 39.4);
-    QVERIFY(label.width() >= 210 && label.width() < 250 && label.height() < 250);
+    QVERIFY2(!label.isEmpty() && label.width() < 200 && label.height() < 200,
+             qPrintable(QString::number(label.width())));
     painted(sample::ten + 1);
     QVERIFY(painted(sample::ten + 2).isEmpty()); // "now", and the ring is empty
 }
