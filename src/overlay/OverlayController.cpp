@@ -57,6 +57,8 @@ struct OverlayController::Showing
 {
     OverlayScene scene;
     bool onPrimaryOnly;
+    QHash<QString, QImage> backdrops = {}; ///< by screen: what lies behind the windows, small
+    bool replacesAnother = false;          ///< windows of an earlier showing are what the screens show
     bool isUp = false;
     int reopenings = 0;
     // Contexts of the clock's actions: none of them outlives the showing.
@@ -91,11 +93,18 @@ OverlayController::~OverlayController()
 
 void OverlayController::show(const OverlayContent &content, const std::optional<OverlayTheme> &theme)
 {
-    hide(false);
+    const bool replacesAnother = !findChildren<OverlayWindow *>(Qt::FindDirectChildrenOnly).isEmpty();
+    QHash<QString, QImage> backdrops;
+    if (m_showing)
+        backdrops = std::move(m_showing->backdrops);
+    takeDown(false);
     const OverlayTheme chosen = theme ? *theme : OverlayTheme::forNextOverlay(m_preferences);
+    ThemeImages::forgetDecodedBut(chosen, m_preferences);
     m_showing.reset(new Showing{{content, chosen, OverlayOptions::from(m_preferences),
                                  BackgroundOptions::forOverlay(chosen, m_preferences, m_moves)},
-                                m_preferences.get(preference::displays) == u"primary"});
+                                m_preferences.get(preference::displays) == u"primary",
+                                std::move(backdrops),
+                                replacesAnother});
     if (const auto *reminder = std::get_if<MeetingContent>(&content))
         m_meeting = reminder->meeting;
     m_keys.start();
@@ -143,6 +152,15 @@ void OverlayController::forgetPrepared()
 
 void OverlayController::hide(bool animated)
 {
+    const bool wasUp = m_showing != nullptr;
+    takeDown(animated);
+    if (wasUp)
+        ThemeImages::forgetDecoded(); // back to the memory of an idle Kelp, once the windows are gone
+}
+
+/// Keeps the pictures: the next showing may need the same.
+void OverlayController::takeDown(bool animated)
+{
     m_sounds.stop();
     if (!m_showing)
         return;
@@ -150,7 +168,6 @@ void OverlayController::hide(bool animated)
     m_cover.giveBackKeyboard();
     m_showing.reset();
     m_meeting.reset();
-    ThemeImages::forgetDecoded(); // back to the memory of an idle Kelp, once the windows are gone
     for (OverlayWindow *window : std::exchange(m_windows, {})) {
         connect(window, &QObject::destroyed, this, &memory::giveBack);
         window->leave(animated);
@@ -251,7 +268,7 @@ void OverlayController::cover(QScreen &screen)
 {
     OverlayScene scene = m_showing->scene;
     if (std::holds_alternative<BlurBackground>(scene.theme.background))
-        scene.background.backdrop = m_cover.smallPicture(screen);
+        scene.background.backdrop = backdrop(screen);
     auto view = std::make_unique<OverlayView>(std::move(scene), KelpClock::shown(m_clock.now()));
     view->setMotion(m_moves);
     connectView(*view);
@@ -262,6 +279,17 @@ void OverlayController::cover(QScreen &screen)
     m_windows.push_back(window);
     // A screen that is plugged in later has nothing to be led over from.
     window->show(!m_showing->isUp);
+}
+
+/// What lies behind a window over that screen, small. While windows are replaced the screen still shows the old ones:
+/// then it is what was behind those, or nothing where nobody looked.
+QImage OverlayController::backdrop(QScreen &screen)
+{
+    const QSize pixels = pixelsOf(screen);
+    QImage &known = m_showing->backdrops[u"%1 %2x%3"_s.arg(screen.name()).arg(pixels.width()).arg(pixels.height())];
+    if (known.isNull() && !m_showing->replacesAnother)
+        known = m_cover.smallPicture(screen);
+    return known;
 }
 
 /// Gives the view new frames for as long as it lives, where its background moves.

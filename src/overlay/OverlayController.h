@@ -66,6 +66,7 @@ private:
     void joinPrevious();
     void snooze();
     void confirm();
+    void takeDown(bool animated);
     void forgetPrepared();
     void loadPicture();
     void tick();
@@ -73,6 +74,7 @@ private:
     void startSound();
     void coverScreens();
     void cover(QScreen &screen);
+    [[nodiscard]] QImage backdrop(QScreen &screen);
     void animate(OverlayView &view, const QScreen &screen);
     void connectView(OverlayView &view);
     void windowLost(const OverlayWindow *window);

@@ -221,4 +221,10 @@ void ThemeImages::forgetDecoded()
     cache() = {};
 }
 
+void ThemeImages::forgetDecodedBut(const OverlayTheme &theme, const Preferences &preferences)
+{
+    const QString kept = sourceOf(theme, preferences).key;
+    cache().removeIf([&](const QHash<QString, QImage>::iterator &each) { return each.key() != kept; });
+}
+
 } // namespace kelp

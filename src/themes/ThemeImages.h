@@ -46,6 +46,8 @@ void load(const OverlayTheme &theme, const Preferences &preferences, const QSize
 
 /// Lets go of all decoded pictures; they are decoded again when they are asked for.
 void forgetDecoded();
+/// The same for all but what that theme shows.
+void forgetDecodedBut(const OverlayTheme &theme, const Preferences &preferences);
 
 } // namespace ThemeImages
 

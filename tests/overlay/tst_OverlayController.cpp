@@ -35,6 +35,7 @@ private Q_SLOTS:
     void tellsWhenItIsShownAndHidden();
     void withoutScreensNothingIsShownUntilOneComes();
     void eachWindowBlursWhatLiesBehindIt();
+    void whatReplacesAnOverlayBlursWhatLayBehindThat();
     void doesNotWaitForAPicture();
     void aPreparedShowingHasItsPictureAtOnce();
     void whatIsPreparedInVainIsForgotten();
@@ -241,6 +242,42 @@ void tst_OverlayController::eachWindowBlursWhatLiesBehindIt()
     const auto corner = [](QWidget *window) { return window->grab(QRect(0, 0, 1, 1)).toImage().pixelColor(0, 0); };
     QVERIFY(std::abs(corner(windows.at(0)).green() - 255 * 0.45) <= 2);
     QCOMPARE(corner(windows.at(1)), QColor(Qt::black));
+}
+
+void tst_OverlayController::whatReplacesAnOverlayBlursWhatLayBehindThat()
+{
+    const auto corner = [](QWidget *window) { return window->grab(QRect(0, 0, 1, 1)).toImage().pixelColor(0, 0); };
+    const auto corners = [&] {
+        QList<int> greens;
+        for (QWidget *window : cover->visible())
+            greens.append(corner(window).green());
+        return greens;
+    };
+    const auto end = [&] {
+        controller->hide(false);
+        QTRY_VERIFY(cover->windows.last().isNull());
+    };
+    controller->show(review);
+    const QList<int> plain = corners();
+    end();
+    cover->behind = [](const QScreen &) { return Qt::white; };
+    controller->show(review);
+    const QList<int> before = corners();
+    QCOMPARE(before.size(), 2);
+    QVERIFY(before != plain);
+    // The screens show windows of ours now, and go on to do so for a moment after these are gone.
+    cover->behind = [](const QScreen &) { return Qt::red; };
+    controller->show(review);
+    QCOMPARE(corners(), before);
+    // Nobody knows what lay behind a theme that hides it: then it is the plain gradient.
+    end();
+    controller->show(review, OverlayTheme::named(u"paper"_s));
+    controller->show(review);
+    QCOMPARE(corners(), plain);
+    end();
+    controller->show(review);
+    QCOMPARE(corner(cover->visible().at(0)).green(), 0); // red
+    QVERIFY(corner(cover->visible().at(0)).red() > 100);
 }
 
 void tst_OverlayController::doesNotWaitForAPicture()
