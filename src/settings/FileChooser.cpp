@@ -1,5 +1,7 @@
 #include "settings/FileChooser.h"
 
+#include "themes/ThemeImages.h"
+
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -38,9 +40,9 @@ QString standardFolder(QStandardPaths::StandardLocation location)
 
 FileChooser::Request FileChooser::image()
 {
-    // What ThemeImages decodes.
-    static const QStringList patterns{u"*.png"_s, u"*.jpg"_s,  u"*.jpeg"_s, u"*.webp"_s, u"*.gif"_s, u"*.bmp"_s,
-                                      u"*.tif"_s, u"*.tiff"_s, u"*.heic"_s, u"*.heif"_s, u"*.avif"_s};
+    QStringList patterns;
+    for (const QString &format : ThemeImages::formats())
+        patterns.append(u"*."_s + format);
     return {u"Choose a background for the meeting overlay"_s, u"Images"_s, patterns,
             standardFolder(QStandardPaths::PicturesLocation)};
 }

@@ -42,8 +42,8 @@ QHash<QString, QImage> &cache()
 /// Formats that describe pixels. Others are programs of a kind: they may be slow without end or fetch something.
 bool isRaster(const QByteArray &format)
 {
-    static constexpr std::array<QByteArrayView, 10> formats{"png", "jpeg", "jpg", "webp", "gif",
-                                                            "bmp", "tiff", "tif", "heic", "avif"};
+    static constexpr std::array<QByteArrayView, 11> formats{"png",  "jpeg", "jpg",  "webp", "gif", "bmp",
+                                                            "tiff", "tif",  "heic", "heif", "avif"};
     return std::find(formats.begin(), formats.end(), QByteArrayView(format)) != formats.end();
 }
 
@@ -160,6 +160,16 @@ QImage ThemeImages::decoded(const QString &path)
     if (image.width() > largest.width() || image.height() > largest.height())
         return flattened(image.scaled(image.size().scaled(largest, Qt::KeepAspectRatio).expandedTo({1, 1})));
     return flattened(image);
+}
+
+QStringList ThemeImages::formats()
+{
+    QStringList result;
+    for (const QByteArray &format : QImageReader::supportedImageFormats()) {
+        if (isRaster(format))
+            result.append(QString::fromLatin1(format));
+    }
+    return result;
 }
 
 QImage ThemeImages::bundled(const QString &name)

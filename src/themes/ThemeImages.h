@@ -6,6 +6,7 @@
 
 #include <QImage>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -31,6 +32,10 @@ namespace ThemeImages {
 /// The picture in a file, whoever's it is; null when it cannot be read. Keeps nothing. The only one here that any
 /// thread may call: a large picture takes a while.
 [[nodiscard]] QImage decoded(const QString &path);
+
+/// The formats of pictures that can be decoded here, as they end names of files: "png". Which of them there are depends
+/// on the plugins of Qt that are installed.
+[[nodiscard]] QStringList formats();
 
 /// Copies a picture chosen by the user into Kelp's own folder, under a name made of the present time, and makes it the
 /// user's picture. The copy of the previous one is removed. Any failure leaves the previous picture.

@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QImageReader>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
@@ -44,6 +45,7 @@ private Q_SLOTS:
     void whatCannotBeCopiedLeavesThePreviousPicture_data();
     void whatCannotBeCopiedLeavesThePreviousPicture();
     void aDecodedPictureIsKept();
+    void offersOnlyWhatItCanDecode();
     void whatIsNoRasterImageIsNoPicture_data();
     void whatIsNoRasterImageIsNoPicture();
     void aPictureThatClaimsToBeLongTakesNoMemory();
@@ -257,6 +259,26 @@ void tst_ThemeImages::aDecodedPictureIsKept()
     // What could not be decoded is not remembered.
     writePicture(u"a.png"_s, Qt::blue);
     QCOMPARE(ThemeImages::custom(*preferences).pixelColor(0, 0), QColor(Qt::blue));
+}
+
+void tst_ThemeImages::offersOnlyWhatItCanDecode()
+{
+    const QStringList formats = ThemeImages::formats();
+    QVERIFY(formats.contains(u"png"_s) && formats.contains(u"jpg"_s) && formats.contains(u"jpeg"_s));
+    QVERIFY(!formats.contains(u"svg"_s)); // though there is a plugin for it
+    QVERIFY(QImageReader::supportedImageFormats().contains("svg"));
+    QImage image(16, 16, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    for (const QString &format : formats) {
+        QVERIFY2(QImageReader::supportedImageFormats().contains(format.toLatin1()), qPrintable(format));
+        QByteArray content;
+        QBuffer buffer(&content);
+        buffer.open(QIODevice::WriteOnly);
+        if (!image.save(&buffer, format.toLatin1().constData())) // Qt reads GIF and does not write it
+            continue;
+        QVERIFY2(!ThemeImages::custom(*chosen(write(u"picture."_s + format, content), this)).isNull(),
+                 qPrintable(format));
+    }
 }
 
 void tst_ThemeImages::whatIsNoRasterImageIsNoPicture_data()
