@@ -71,8 +71,11 @@ void ChildSoundPlayer::endOfPlay(std::optional<ChildStatus> status, const std::f
     m_playing.release()->deleteLater();
     if (status == ChildStatus::noOutput)
         qCWarning(logSound) << "there is nothing to play sounds on";
-    else if (!wasHeard && status != ChildStatus::done && tell)
-        return tell();
+    else if (!wasHeard && status != ChildStatus::done) {
+        qCInfo(logSound) << "a sound could not be played, status" << (status ? static_cast<int>(*status) : -1);
+        if (tell)
+            return tell();
+    }
     Q_EMIT finished();
 }
 
