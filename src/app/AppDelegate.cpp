@@ -2,7 +2,6 @@
 
 #include "base/Clock.h"
 #include "base/Folders.h"
-#include "base/Logging.h"
 #include "overlay/OverlayContent.h"
 #include "overlay/OverlayController.h"
 #include "platform/DesktopAppearance.h"

@@ -23,7 +23,7 @@ public:
     /// In the order in which they were added.
     [[nodiscard]] virtual const QList<Account> &accounts() const = 0;
     /// An access token that is good for at least a minute; a new one where `forceRefresh` is set. Calls back once,
-    /// unless `context` is destroyed before; with a token at hand before this function returns.
+    /// unless `context` is destroyed before; perhaps before this function returns, as it does with a token at hand.
     virtual void validAccessToken(const Account &account, bool forceRefresh, QObject *context,
                                   TokenCallback callback) = 0;
     /// Lists the account whose address equals that of `account` under `email`.

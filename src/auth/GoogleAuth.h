@@ -17,7 +17,6 @@ namespace kelp {
 
 class Clock;
 class HttpClient;
-class LoopbackServer;
 class Preferences;
 class SignInAttempt;
 class UrlOpener;

@@ -10,7 +10,6 @@
 #include <utility>
 
 class QObject;
-class QUrl;
 
 namespace kelp {
 

@@ -2,11 +2,8 @@
 
 namespace kelp {
 
-Q_LOGGING_CATEGORY(logApp, "kelp.app", QtInfoMsg)
 Q_LOGGING_CATEGORY(logAuth, "kelp.auth", QtInfoMsg)
-Q_LOGGING_CATEGORY(logCalendar, "kelp.calendar", QtInfoMsg)
 Q_LOGGING_CATEGORY(logCapture, "kelp.capture", QtInfoMsg)
-Q_LOGGING_CATEGORY(logOverlay, "kelp.overlay", QtInfoMsg)
 Q_LOGGING_CATEGORY(logPlatform, "kelp.platform", QtInfoMsg)
 Q_LOGGING_CATEGORY(logPreferences, "kelp.preferences", QtInfoMsg)
 Q_LOGGING_CATEGORY(logSchedule, "kelp.schedule", QtInfoMsg)

@@ -16,9 +16,9 @@ class HttpClient;
 
 /// Reads one account's calendars and meetings; deletes itself with its parent.
 ///
-///     readCalendars → (GET calendarList) → takeCalendars → readNextCalendar ─┬→ (GET events) → takeEvents ─┐
-///                                                               ↑            └→ finished                   │
-///                                                               └──────────────────────────────────────────┘
+///     start → (GET calendarList) → takeCalendars → readNextCalendar ─┬→ (GET events) → takeEvents ─┐
+///                                                       ↑            └→ finished                   │
+///                                                       └──────────────────────────────────────────┘
 class AccountFetch : public QObject
 {
     Q_OBJECT

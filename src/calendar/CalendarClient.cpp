@@ -1,7 +1,6 @@
 #include "calendar/CalendarClient.h"
 
 #include "auth/AccountSource.h"
-#include "base/Logging.h"
 #include "calendar/AccountFetch.h"
 
 #include <QHash>

@@ -31,8 +31,8 @@ public:
     virtual ~MeetingSource() = default;
 
     /// Reads all calendars, and the events of those that `isEnabled` allows, from an hour ago to `hours` ahead. Never
-    /// fails as a whole. Calls back once, unless `context` is destroyed before; without accounts before this function
-    /// returns.
+    /// fails as a whole. Calls back once, unless `context` is destroyed before; perhaps before this function returns,
+    /// as it does without accounts.
     virtual void fetch(double hours, CalendarFilter isEnabled, QObject *context, Callback callback) = 0;
 };
 

@@ -27,20 +27,14 @@ void ReminderMemory::markShown(const Meeting &meeting)
 {
     m_shown.insert(key(meeting), meeting.end);
     m_snoozed.remove(key(meeting));
-    m_preferences.update([this] {
-        m_preferences.set(preference::shownMeetings, m_shown);
-        m_preferences.set(preference::snoozedMeetings, m_snoozed);
-    });
+    save();
 }
 
 void ReminderMemory::snooze(const Meeting &meeting, Instant until)
 {
     m_shown.remove(key(meeting));
     m_snoozed.insert(key(meeting), until);
-    m_preferences.update([this] {
-        m_preferences.set(preference::shownMeetings, m_shown);
-        m_preferences.set(preference::snoozedMeetings, m_snoozed);
-    });
+    save();
 }
 
 void ReminderMemory::setPausedUntil(std::optional<Instant> until)
@@ -54,8 +48,12 @@ void ReminderMemory::forgetUpTo(Instant cutoff)
     const auto isOld = [cutoff](const DateDictionary::iterator &entry) { return entry.value() <= cutoff; };
     const bool shownChanged = m_shown.removeIf(isOld) > 0;
     const bool snoozedChanged = m_snoozed.removeIf(isOld) > 0;
-    if (!shownChanged && !snoozedChanged)
-        return;
+    if (shownChanged || snoozedChanged)
+        save();
+}
+
+void ReminderMemory::save()
+{
     m_preferences.update([this] {
         m_preferences.set(preference::shownMeetings, m_shown);
         m_preferences.set(preference::snoozedMeetings, m_snoozed);

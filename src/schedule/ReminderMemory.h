@@ -31,6 +31,7 @@ public:
 private:
     /// The meeting's identifier, "@", its start in whole seconds since 1970.
     [[nodiscard]] static QString key(const Meeting &meeting);
+    void save();
 
     Preferences &m_preferences;
     DateDictionary m_shown;   ///< meeting key → the meeting's end

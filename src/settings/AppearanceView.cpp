@@ -189,8 +189,10 @@ void AppearanceView::adoptImage(const QString &path)
 {
     CustomPicture::read(path, this, [this, path](const QImage &image) {
         const auto failed = [this](const QString &why) { m_options->setError(u"Couldn't use that image: "_s + why); };
-        if (const auto content = AtomicFile(path).read(); image.isNull() && content)
-            return failed(u"it is not a picture that Kelp can show."_s);
+        if (image.isNull()) { // where there is no such file, or it cannot be read, the copy will fail and tell
+            if (const auto content = AtomicFile(path).read(); content && *content)
+                return failed(u"it is not a picture that Kelp can show."_s);
+        }
         const auto copied = ThemeImages::setCustom(path, m_services.preferences, m_services.clock.now());
         if (!copied)
             return failed(copied.error().description());

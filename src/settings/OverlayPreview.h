@@ -11,7 +11,6 @@
 namespace kelp {
 
 class Clock;
-class PanelLabel;
 
 /// The overlay, live and small: it counts down and moves as the real one does. Another theme is faded in. While it is
 /// hidden it keeps nothing and does nothing.

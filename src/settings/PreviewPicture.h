@@ -16,8 +16,6 @@ public:
 
     explicit PreviewPicture(OverlayScene scene);
 
-    [[nodiscard]] const OverlayScene &scene() const { return m_scene; }
-
     /// The overlay at that time, in so many pixels. The next moment, in the same size, is cheap.
     [[nodiscard]] QImage paint(Instant now, const QSize &pixels);
 

@@ -130,11 +130,9 @@ void SoundOptions::follow()
 
 void SoundOptions::updateSpotify()
 {
-    if (m_preferences.get(preference::sound) != spotify || !isVisible()) {
-        m_watching.reset();
-        if (!isVisible())
-            return;
-    } else if (!m_watching) {
+    if (m_preferences.get(preference::sound) != spotify || !isVisible())
+        return m_watching.reset();
+    if (!m_watching) {
         // It may be installed meanwhile, and the desktop may take a moment to tell.
         m_watching = std::make_unique<QObject>();
         m_clock.every(spotifyWatch, m_watching.get(), [this] { updateSpotify(); });

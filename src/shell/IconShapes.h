@@ -14,7 +14,7 @@ struct IconShape
     double opacity = 1;
 };
 
-/// The icon's parts in a square of `pixels` × `pixels` with the origin at the top left. They do not overlap.
+/// The icon's parts, in the order of painting, in a square of `pixels` × `pixels` with the origin at the top left.
 [[nodiscard]] QList<IconShape> iconShapes(const Content &content, double pixels);
 
 } // namespace kelp::MenuBarIcon

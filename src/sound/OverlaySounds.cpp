@@ -2,7 +2,6 @@
 
 #include "base/AtomicFile.h"
 #include "base/Clock.h"
-#include "base/Logging.h"
 #include "preferences/Preferences.h"
 #include "sound/ChimeSynth.h"
 #include "sound/OverlayMusic.h"

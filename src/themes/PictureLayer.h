@@ -13,7 +13,8 @@ struct Drift
     double right = 0; ///< of the width
     double down = 0;  ///< of the height
 
-    /// Built-in pictures wander slowly; `t` in seconds. They always cover the view.
+    /// Built-in pictures wander slowly; `t` in seconds. Where they fall short of the view, by half a
+    /// per cent of its width at most, the picture's edge is repeated.
     [[nodiscard]] static Drift at(double t);
     friend bool operator==(const Drift &, const Drift &) = default;
 };

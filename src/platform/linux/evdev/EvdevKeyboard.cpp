@@ -62,7 +62,7 @@ void EvdevKeyboard::read()
         const int status = libevdev_next_event(m_device, static_cast<unsigned>(flags), &event);
         // After an overflow the library makes up for what was missed.
         flags = status == LIBEVDEV_READ_STATUS_SYNC ? LIBEVDEV_READ_FLAG_SYNC : LIBEVDEV_READ_FLAG_NORMAL;
-        if (status == -EAGAIN && flags == LIBEVDEV_READ_FLAG_NORMAL)
+        if (status == -EAGAIN)
             return;
         if (status < 0) {
             m_notifier->setEnabled(false);
