@@ -142,7 +142,7 @@ Element MeetingCard::previousRow(const ButtonState &joinButton) const
 Element MeetingCard::hint() const
 {
     return text(meeting.canJoin() ? u"Return to join · Esc to dismiss"_s : u"Esc to dismiss"_s)
-        .font(designFont(FontDesign::Default, 13))
+        .font(designFont(theme.font, 13))
         .colour(faded(theme.text, 0.4));
 }
 

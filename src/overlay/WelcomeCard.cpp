@@ -53,7 +53,7 @@ Element WelcomeCard::element(Instant now, const ButtonStates &buttons) const
              padded({0, 18, 0, 0},
                     tagged(tag::dismiss, themedButton(u"Got it"_s, {}, theme, true, buttons.value(tag::dismiss)))),
              text(u"This screen will cover your displays right before each meeting."_s)
-                 .font(designFont(FontDesign::Default, 13))
+                 .font(designFont(theme.font, 13))
                  .colour(faded(theme.text, 0.4))});
 }
 

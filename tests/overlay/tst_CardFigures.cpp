@@ -238,7 +238,7 @@ void tst_CardFigures::linesOfTheMeetingCard()
                   faded(theme().text, 0.6)));
     QVERIFY(isSet(card, u"Still on: Budget planning with the regional offices ·"_s, designFont(FontDesign::Serif, 15),
                   faded(theme().text, 0.55)));
-    QVERIFY(isSet(card, u"Return to join · Esc to dismiss"_s, designFont(FontDesign::Default, 13),
+    QVERIFY(isSet(card, u"Return to join · Esc to dismiss"_s, designFont(FontDesign::Serif, 13),
                   faded(theme().text, 0.4)));
 }
 
@@ -300,7 +300,7 @@ void tst_CardFigures::linesOfTheWelcomeCard()
     QVERIFY(isSet(card, u"Connected to ada@example.com · 2 calendars"_s, line, faded(colour, 0.7)));
     QVERIFY(isSet(card, u"No meetings in the next 24 hours"_s, line, faded(colour, 0.55)));
     QVERIFY(isSet(card, u"This screen will cover your displays right before each meeting."_s,
-                  designFont(FontDesign::Default, 13), faded(colour, 0.4)));
+                  designFont(FontDesign::Serif, 13), faded(colour, 0.4)));
 }
 
 void tst_CardFigures::checkMarkIsLargeAndGlowsWithTheTheme()
