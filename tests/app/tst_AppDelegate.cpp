@@ -27,6 +27,7 @@ private Q_SLOTS:
     void twoSlashesTakeThePanelToTheMiddleAndAway();
     void aPanelBehindOthersComesForwardWhereItIs();
     void theTitleFollowsTheClock();
+    void showsTheIconAgainAtTheTickThatEndsAPause();
     void previewsATestMeeting_data();
     void previewsATestMeeting();
 
@@ -126,6 +127,21 @@ void tst_AppDelegate::theTitleFollowsTheClock()
     kelp->clock.advance(15); // a tick comes every 5 s
     QCOMPARE(title(), u" 4m"_s);
     QCOMPARE(kelp->sandbox.requests().size(), asked);
+}
+
+void tst_AppDelegate::showsTheIconAgainAtTheTickThatEndsAPause()
+{
+    const QJsonObject date{{u"date"_s, u"2026-01-01T09:00:06Z"_s}};
+    QVERIFY(kelp->signIn({{u"pausedUntil"_s, date}}));
+    QVERIFY(kelp->startSandbox({meetingIn(310, u"Design review"_s)}));
+    QVERIFY(kelp->launch());
+    const auto look = [this] { return kelp->platform.item->looks.last(); };
+    kelp->clock.advance(5); // a tick comes every 5 s
+    QCOMPARE(look().description, u"Kelp paused"_s);
+    QCOMPARE(look().title, QString());
+    kelp->clock.advance(5);
+    QCOMPARE(look().description, u"Kelp"_s);
+    QCOMPARE(look().title, u" 5m"_s);
 }
 
 void tst_AppDelegate::previewsATestMeeting_data()

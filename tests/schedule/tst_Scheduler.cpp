@@ -78,6 +78,7 @@ private Q_SLOTS:
     void prefersTheUsersChoiceOfCalendars_data();
     void prefersTheUsersChoiceOfCalendars();
     void storesAChoiceAndRefreshes();
+    void withoutChoicesEveryCalendarIsAtItsDefaultAgain();
     void findsTheNextMeeting();
     void findsTheNextPopup();
     void listsWhatIsUpcoming();
@@ -503,6 +504,29 @@ void tst_Scheduler::storesAChoiceAndRefreshes()
     QVERIFY(!preferences->get(preference::calendarChoices).value(key, true));
     QCOMPARE(source->fetches, 1);
     QVERIFY(!scheduler->isEnabled(calendar()));
+}
+
+void tst_Scheduler::withoutChoicesEveryCalendarIsAtItsDefaultAgain()
+{
+    const CalendarInfo on = calendar(u"on"_s, true);
+    const CalendarInfo off = calendar(u"off"_s, false);
+    Meeting ofOn = meeting(u"of on"_s, 600);
+    ofOn.calendarID = u"a@x|on"_s;
+    Meeting ofOff = meeting(u"of off"_s, 600);
+    ofOff.calendarID = u"a@x|off"_s;
+    give({ofOn, ofOff}, {on, off});
+    scheduler->setCalendar(on, false);
+    scheduler->setCalendar(off, true);
+    const auto shown = [this] {
+        QStringList ids;
+        for (const Meeting &each : scheduler->meetings())
+            ids.append(each.id);
+        return ids;
+    };
+    QCOMPARE(shown(), QStringList{u"of off"_s});
+    preferences->remove(preference::calendarChoices);
+    QCOMPARE(shown(), QStringList{u"of on"_s});
+    QVERIFY(scheduler->isEnabled(on) && !scheduler->isEnabled(off));
 }
 
 void tst_Scheduler::findsTheNextMeeting()
