@@ -281,8 +281,10 @@ void tst_OverlayView::looksAsIfLaidOutAnewAfterEachTurn()
     OverlayView turned(scene, begin);
     turned.resize(size);
     const double density = turned.devicePixelRatioF();
-    // What is made larger, like a light, is rounded in another way where only a part of it is painted.
-    const int rounding = density == 1 ? 0 : 2;
+    // What is made larger or smaller, like a light or the whole card on a low screen, is rounded in another way where
+    // only a part of it is painted.
+    const bool isScaled = density != 1 || size.height() < 720;
+    const int rounding = isScaled ? 2 : 0;
     const auto seen = [&](OverlayView &each) {
         QImage image((QSizeF(size) * density).toSize(), QImage::Format_RGB32);
         image.setDevicePixelRatio(density);
@@ -298,7 +300,8 @@ void tst_OverlayView::looksAsIfLaidOutAnewAfterEachTurn()
         fresh.setFrameTime(begin);
         fresh.resize(size);
         const QImage picture = seen(turned);
-        QVERIFY2(test::greatestDifference(picture, seen(fresh)) <= rounding, qPrintable(QString::number(moment)));
+        const int difference = test::greatestDifference(picture, seen(fresh));
+        QVERIFY2(difference <= rounding, qPrintable(u"%1 s: %2"_s.arg(moment).arg(difference)));
         QVERIFY2(picture != std::exchange(before, picture) || isRing, qPrintable(QString::number(moment)));
     }
 }
