@@ -445,7 +445,7 @@ bool tst_Newcomer::chooseFrom(const QString &control, const QString &item)
 bool tst_Newcomer::callPanel()
 {
     if (by == By::Mouse) {
-        if (!QTest::qWaitFor([this] { return !tray.settled().isNull(); }, soon))
+        if (tray.settled().isNull())
             return false;
         person->clickAt(TrayPanel::item());
     } else {

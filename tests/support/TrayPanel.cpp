@@ -1,13 +1,13 @@
 #include "support/TrayPanel.h"
 
 #include "support/ChildProcess.h"
+#include "support/StillPicture.h"
 
 #include <QDir>
 #include <QFile>
 #include <QImage>
 
 #include <cstdlib>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -53,7 +53,6 @@ bool TrayPanel::start(bool isDark)
     QProcessEnvironment environment = m_desktop.environment();
     environment.insert(u"NO_AT_BRIDGE"_s, u"1"_s); // its own windows are nothing to be read
     m_process.setProcessEnvironment(environment);
-    m_sameLooks = 0;
     return m_desktop.display().launch(m_process, u"xfce4-panel"_s, {u"--disable-wm-check"_s});
 }
 
@@ -78,9 +77,10 @@ QImage TrayPanel::picture()
 
 QImage TrayPanel::settled()
 {
-    const QImage before = std::exchange(m_lastLook, picture());
-    m_sameLooks = before == m_lastLook && inkOf(m_lastLook) > 30 ? m_sameLooks + 1 : 0;
-    return m_sameLooks >= 3 ? m_lastLook : QImage();
+    return stillPicture([this] {
+        const QImage seen = picture();
+        return inkOf(seen) > 30 ? seen : QImage();
+    });
 }
 
 int TrayPanel::inkOf(const QImage &picture)

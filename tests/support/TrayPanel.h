@@ -29,15 +29,12 @@ public:
     [[nodiscard]] QImage picture();
     /// How many pixels of such a picture are not like the panel, of which the corner has nothing else.
     [[nodiscard]] static int inkOf(const QImage &picture);
-    /// The picture once an item is there and has stayed the same for a few looks: panels are drawn bit by bit. Null
-    /// before.
+    /// The picture once an item is there and at rest; null if that does not happen.
     [[nodiscard]] QImage settled();
 
 private:
     PrivateDesktop &m_desktop;
     QProcess m_process;
-    QImage m_lastLook;
-    int m_sameLooks = 0;
 };
 
 } // namespace kelp::test

@@ -265,6 +265,7 @@ void tst_ThemeImages::offersOnlyWhatItCanDecode()
 {
     const QStringList formats = ThemeImages::formats();
     QVERIFY(formats.contains(u"png"_s) && formats.contains(u"jpg"_s) && formats.contains(u"jpeg"_s));
+    QVERIFY(formats.contains(u"webp"_s)); // from a package beside Qt's own
     QVERIFY(!formats.contains(u"svg"_s)); // though there is a plugin for it
     QVERIFY(QImageReader::supportedImageFormats().contains("svg"));
     QImage image(16, 16, QImage::Format_RGB32);
