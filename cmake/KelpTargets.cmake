@@ -81,13 +81,15 @@ function(kelp_wayland_protocol xml)
     target_link_libraries(kelp-wayland-protocols PUBLIC PkgConfig::WAYLAND)
 endfunction()
 
-# The environment of a unit test: no display, one zone, one locale, no user's folders.
+# The environment of a unit test: no display, one zone, one locale, no user's folders. Clang's runtime takes blocks of
+# thread-local memory that begin 16 bytes into a page for those of an old C library, reads where they are from the bytes
+# before, and LeakSanitizer crashes there; they come from malloc, and are looked through as such.
 set(KELP_TEST_ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen" "TZ=UTC" "LC_ALL=C.UTF-8" "QT_LOGGING_RULES=kelp.*=false"
     "HOME=${CMAKE_BINARY_DIR}/test-home" "XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/test-home/config"
     "XDG_DATA_HOME=${CMAKE_BINARY_DIR}/test-home/data" "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/test-home/run"
     "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent" "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent"
-    "ASAN_OPTIONS=detect_leaks=1" "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/leaks.txt:print_suppressions=0" "UBSAN_OPTIONS=print_stacktrace=1"
+    "ASAN_OPTIONS=detect_leaks=1:intercept_tls_get_addr=0" "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/leaks.txt:print_suppressions=0" "UBSAN_OPTIONS=print_stacktrace=1"
     "KELP_TEST_DATA=${CMAKE_SOURCE_DIR}/tests/data" "KELP_BINARY_DIR=${CMAKE_BINARY_DIR}")
 
 # kelp_test(<folder>/<tst_Type> [SOURCES <file>...] [USES <library>...] [TIMEOUT <seconds>])
@@ -99,8 +101,7 @@ function(kelp_test path)
     add_executable(${name} ${path}.cpp ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-    target_link_libraries(${name} PRIVATE kelp-flags Qt6::Test Qt6::Widgets Qt6::Network ${ARG_USES}
-        $<$<TARGET_EXISTS:kelp-test-leaks>:kelp-test-leaks>)
+    target_link_libraries(${name} PRIVATE kelp-flags Qt6::Test Qt6::Widgets Qt6::Network ${ARG_USES})
     target_precompile_headers(${name} REUSE_FROM kelp-test-headers)
     add_test(NAME ${folder}.${name} COMMAND ${name})
     if(NOT ARG_TIMEOUT)

@@ -523,11 +523,26 @@ void tst_GoogleAuth::keepsSecretsOutOfTheLog()
     QLoggingCategory::setFilterRules(u"kelp.*=true"_s);
     const auto previous =
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &message) { log += message; });
-    signInWhole("a@x");
+    preferences = std::make_unique<Preferences>(
+        QJsonObject{{u"clientID"_s, u"id/1"_s}, {u"clientSecret"_s, u"secret-of-the-client"_s}});
+    make();
+    QFile inTheWay(folder->path() + u"/Kelp"_s); // nothing can be stored, of which the log tells
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    signIn();
+    redirect("code=code-of-the-redirect");
+    QTRY_COMPARE(http->open(), 1);
+    http->answer(200,
+                 R"({"access_token": "token-for-access", "refresh_token": "token-for-refresh", "expires_in": 1000})");
+    http->answer(200, R"({"id": "robin@example.com"})");
+    QCOMPARE(outcomes.size(), 1);
     token(true);
-    http->answer(400, R"({"error": "invalid_grant"})");
+    http->answer(400, R"({"error": "invalid_grant", "error_description": "token-for-refresh"})");
+    QVERIFY(accessToken.has_value());
     qInstallMessageHandler(previous);
-    for (const QString &secret : {u"secret"_s, u"rt"_s, u"code"_s})
+    QVERIFY(!log.isEmpty());
+    for (const QString &secret :
+         {u"secret-of-the-client"_s, u"code-of-the-redirect"_s, u"token-for-access"_s, u"token-for-refresh"_s,
+          *form(0).queryValue(u"code_verifier"), *consentUri().queryValue(u"state"), u"robin"_s})
         QVERIFY2(!log.contains(secret), qPrintable(log));
 }
 

@@ -103,9 +103,9 @@ double crestOf(const Range &range, double u)
 }
 
 constexpr Range nearest{0.945, 0.022, 5.2, 0.0012, {2, 7, 11}, {1, 3, 6}, 0};
-constexpr Range middle{0.897, 0.032, 3.9, 0.002, {11, 47, 51}, {3, 13, 19}, 0.5};
-constexpr Range far{0.855, 0.038, 1.7, 0.003, {9, 36, 42}, {5, 18, 26}, 0.7};
-constexpr Range remote{0.822, 0.024, 7.9, 0.0045, {9, 29, 38}, {6, 23, 33}, 0.75};
+constexpr Range middle{0.897, 0.032, 3.9, 0.002, {13, 59, 58}, {3, 13, 19}, 0.5};
+constexpr Range far{0.855, 0.038, 1.7, 0.003, {11, 48, 50}, {5, 18, 26}, 0.7};
+constexpr Range remote{0.822, 0.024, 7.9, 0.0045, {11, 39, 44}, {6, 23, 33}, 0.75};
 constexpr Rgb mistColour{22, 62, 70};
 
 /// Smooth noise of about 0…1, wider than high.
@@ -135,10 +135,15 @@ void paintWood(QPainter &painter, const QSizeF &size, const Range &range, int tr
     painter.drawPolygon(ground);
     for (int i = 0; i < trees; ++i) {
         const double u = (i + scatter(i, 11.13 * scale)) / trees;
+        // They stand in groves, with clearings between.
+        const double grove = 0.5 + 0.3 * std::sin(u * 37 + range.seed) + 0.2 * std::sin(u * 83 + range.seed * 2.9);
+        if (scatter(i, 61.9) > 0.25 + 1.25 * grove)
+            continue;
         const double x = u * size.width();
         const double foot = (crestOf(range, u) + 0.01 * scale) * size.height();
         const double sides = std::abs(u - 0.5) * 2; // taller towards the sides: the view opens in the middle
-        const double tall = size.height() * scale * (0.02 + 0.03 * scatter(i, 23.7)) * (0.7 + 1.2 * sides * sides);
+        const double tall = size.height() * scale * (0.013 + 0.04 * scatter(i, 23.7) * (0.4 + 0.6 * grove)) *
+                            (0.7 + 1.2 * sides * sides);
         const double wide = tall * (0.17 + 0.06 * scatter(i, 37.1));
         QPolygonF tree(4 * boughs + 1);
         tree[0] = QPointF(x, foot - tall);

@@ -65,21 +65,29 @@ void append(Lines &lines, const Streak &streak, double from, double to, double d
     }
 }
 
-/// Rain fades towards the window sill.
-constexpr double fadeFrom = 0.6; // of the height
-constexpr double fadeTo = 0.84;
+constexpr double lowest = 0.74; // of the height
 constexpr int shades = 5;
+
+/// Rain is outside: how much of a streak is seen, 0…1, fades before it crosses what stands on the window sill, and over
+/// the plant at the right sooner. `u` and `v` are parts of the view's width and height.
+double seenAt(double u, double v)
+{
+    const double plant = std::clamp((u - 0.66) / (0.76 - 0.66), 0.0, 1.0);
+    const double from = 0.5 - 0.14 * plant;
+    const double to = lowest - 0.2 * plant;
+    return std::clamp((to - v) / (to - from), 0.0, 1.0);
+}
 
 Streak streakOf(const Sheet &sheet, int element, const QSizeF &size, double t)
 {
     const double travelled = t * sheet.speed * (0.85 + 0.3 * scatter(element, 19.19)) + scatter(element, 47.1);
     // Each fall begins at another place; the falls repeat after an hour or so.
     const int fall = static_cast<int>(std::fmod(std::floor(travelled), 4096));
-    const double y = fract(travelled) * (size.height() * fadeTo + sheet.length);
+    const double y = fract(travelled) * (size.height() * lowest + sheet.length);
     const double x = size.width() * 1.1 * scatter(element + 131 * fall, 83.7) + y * slant;
     return {.head = {x, y},
             .length = sheet.length * (0.7 + 0.6 * scatter(element, 103.3)),
-            .seen = std::clamp((fadeTo - y / size.height()) / (fadeTo - fadeFrom), 0.0, 1.0)};
+            .seen = seenAt(x / size.width(), y / size.height())};
 }
 
 /// Streaks of one sheet that are as bright as each other, so that they are drawn at once.

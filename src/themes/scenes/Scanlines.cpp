@@ -59,9 +59,9 @@ void scenes::paintPhosphor(SoftImage &image, double t)
     for (int y = 0; y < image.height(); ++y) {
         const double v = image.down(y) - 0.5;
         const double past = image.down(y) - roll;
-        // A short front below, a long tail above: the band rolls downwards.
-        const double band = past > 0 ? std::exp(-past * past * 380) : std::exp(past * 9);
-        const auto lit = static_cast<float>(0.26 * band);
+        // A soft front below, a long tail above: the band rolls downwards.
+        const double band = past > 0 ? std::exp(-past * past * 150) : std::exp(past * 9);
+        const auto lit = static_cast<float>(0.22 * band);
         SoftPixel *row = image.row(y);
         for (int x = 0; x < image.width(); ++x) {
             const double u = image.across(x) - 0.5;

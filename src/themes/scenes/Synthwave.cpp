@@ -40,10 +40,10 @@ void paintGap(QPainter &painter, const QPointF &middle, double radius, double to
     const QColor edge(64, 6, 74);
     const QColor centre(64, 6, 74, 60);
     dark.setColorAt(0, edge);
-    dark.setColorAt(0.14, edge);
-    dark.setColorAt(0.3, centre);
-    dark.setColorAt(0.7, centre);
-    dark.setColorAt(0.86, edge);
+    dark.setColorAt(0.1, edge);
+    dark.setColorAt(0.38, centre);
+    dark.setColorAt(0.62, centre);
+    dark.setColorAt(0.9, edge);
     dark.setColorAt(1, edge);
     painter.setBrush(dark);
     const auto corner = [&](double side, double height) { return middle + QPointF(side * half(height), height); };
@@ -253,6 +253,12 @@ void scenes::paintSunset(QPainter &painter, const QSizeF &size)
     for (const double reach : {9.0, 4.5, 1.6})
         painter.fillRect(QRectF(0, line - reach / 2, size.width(), reach), QColor(255, 120, 220, reach < 2 ? 190 : 30));
     painter.setClipRect(QRectF(0, line, size.width(), size.height()));
+    // Where the rows lie too close together to be told apart, they are one light.
+    QLinearGradient haze(0, line, 0, line + 0.04 * size.height());
+    haze.setColorAt(0, QColor(208, 48, 150, 90));
+    haze.setColorAt(0.35, QColor(208, 48, 150, 56));
+    haze.setColorAt(1, QColor(208, 48, 150, 0));
+    painter.fillRect(QRectF(0, line, size.width(), 0.04 * size.height()), haze);
     paintFloorLines(painter, size);
     painter.restore();
 }
