@@ -24,6 +24,7 @@ private Q_SLOTS:
     void starsTwinkleAtTheirOwnRates();
     void everyStarIsPainted();
     void rainFallsOverLights();
+    void noRainFallsInside();
     void aSceneIsTheSameEveryTime_data();
     void aSceneIsTheSameEveryTime();
     void aSceneMovesSmoothly_data();
@@ -196,6 +197,23 @@ void tst_AnimatedLayer::rainFallsOverLights()
     AnimatedLayer{AnimatedKind::Rain, true}.paintSharp(painter, size, 40, streaks.rect());
     painter.end();
     QVERIFY(lightIn(streaks, streaks.rect()) > 20);
+}
+
+/// Of the picture it falls over, the plant is at the lower right, and a table along the lower edge.
+void tst_AnimatedLayer::noRainFallsInside()
+{
+    QImage streaks(size, QImage::Format_RGB32);
+    streaks.fill(Qt::black);
+    QPainter painter(&streaks);
+    for (double t = 0; t < 40; t += 0.2)
+        AnimatedLayer{AnimatedKind::Rain, true}.paintSharp(painter, size, t, streaks.rect());
+    painter.end();
+    const auto part = [&](double left, double top) {
+        return QRect(QPointF(size.width() * left, size.height() * top).toPoint(), streaks.rect().bottomRight());
+    };
+    QCOMPARE(lightIn(streaks, part(0.77, 0.57)), 0.0);
+    QCOMPARE(lightIn(streaks, part(0, 0.77)), 0.0);
+    QVERIFY(lightIn(streaks, part(0, 0)) > 2000);
 }
 
 void tst_AnimatedLayer::aSceneIsTheSameEveryTime_data()
