@@ -82,6 +82,8 @@ void paintStreet(Canvas &canvas)
     }
 }
 
+constexpr double paneFoot = 0.797; // where the frame of the window hides the glass
+
 /// Drops on the pane: each shows the town upside down, as a small lens does.
 void paintDrop(Canvas &canvas, const Canvas &town, double u, double v, double radius, double tall)
 {
@@ -118,9 +120,13 @@ void paintGlass(Canvas &canvas)
         double width;
     };
     std::vector<Run> runs;
-    for (int i = 0; i < 15; ++i)
-        runs.push_back({lattice(i, 1, 31) * canvas.aspect(), 0.25 * lattice(i, 2, 31) - 0.05,
-                        0.35 + 0.5 * lattice(i, 3, 31), 0.0032 + 0.003 * lattice(i, 4, 31)});
+    for (int i = 0; i < 15; ++i) {
+        const double u = lattice(i, 1, 31) * canvas.aspect();
+        // Behind the card they run on until they are below its text.
+        const bool behindCard = std::abs(u - canvas.aspect() / 2) < 0.4;
+        const double end = behindCard ? 0.68 + 0.09 * lattice(i, 3, 31) : 0.35 + 0.42 * lattice(i, 3, 31);
+        runs.push_back({u, 0.25 * lattice(i, 2, 31) - 0.05, end, 0.0032 + 0.003 * lattice(i, 4, 31)});
+    }
     const auto path = [](const Run &run, double v) { return run.u + 0.012 * (noise(run.u * 90, v * 7, 33) - 0.5); };
     canvas.each([&](Colour &pixel, double u, double v) {
         const double breath = 0.032 + 0.03 * clouds(u * 2.5, v * 2.5, 4, 32);
@@ -139,6 +145,8 @@ void paintGlass(Canvas &canvas)
     const auto drop = [&](int i, int seed, double radius, double tall) {
         const double u = lattice(i, 1, seed) * canvas.aspect();
         const double v = lattice(i, 2, seed);
+        if (v + radius * tall * 1.2 > paneFoot)
+            return;
         if (lattice(i, 4, seed) > 1.15 * bell(u - canvas.aspect() / 2, 0.42) * bell(v - 0.48, 0.17))
             paintDrop(canvas, town, u, v, radius, tall);
     };

@@ -342,10 +342,12 @@ Surface surfaceAt(const Hit &hit, Vec p, Vec normal)
         const Colour clay{0.3F, 0.185F, 0.12F};
         Colour glaze = mix({0.8F, 0.76F, 0.68F}, {0.72F, 0.66F, 0.56F}, clouds(angle * 3 + 9, m.y * 40, 3, 93));
         const double speck = noise(angle * 34 + 99, m.y * 780, 94);
-        glaze = mix(glaze, {0.25F, 0.16F, 0.1F}, 0.7 * smooth(0.77, 0.86, speck));
+        const double away = std::hypot(m.x, m.z);
+        const double onBody = smooth(0.048, 0.045, away); // on the handle they would be drawn out into hoops
+        glaze = mix(glaze, {0.25F, 0.16F, 0.1F}, 0.7 * onBody * smooth(0.77, 0.86, speck));
         Colour lower = mix({0.075F, 0.2F, 0.24F}, {0.12F, 0.3F, 0.33F}, clouds(angle * 2 + 5, m.y * 30, 3, 95));
         lower = mix(lower, {0.4F, 0.4F, 0.36F}, 0.6 * bell(m.y - drip, 0.004));
-        const bool inside = std::hypot(m.x, m.z) < 0.0385;
+        const bool inside = away < 0.0385;
         Colour colour = inside ? glaze : mix(lower, glaze, smooth(drip - 0.0025, drip + 0.0025, m.y));
         const double foot = smooth(0.0085, 0.0065, m.y);
         colour = mix(colour, clay, foot);

@@ -198,15 +198,15 @@ void paintPlanet(Canvas &canvas)
 /// A small moon, lit from the left by the same sun.
 void paintMoon(Canvas &canvas)
 {
-    const Globe globe{1.092, 0.779, 0.03};
+    const Globe globe{1.25, 0.795, 0.03};
     const double lightX = -0.86;
     const double lightY = -0.1;
     const double lightZ = 0.12;
     const auto ground = [&](double x, double y) {
         double height = 0.5 * clouds(x * 3 + 5, y * 3, 5, 141);
         for (int i = 0; i < 60; ++i) {
-            const double size = 0.035 + 0.16 * std::pow(lattice(i, 1, 157), 6);
-            const double away = std::hypot(x - 2 * lattice(i, 2, 157) + 1, y - 2 * lattice(i, 3, 157) + 1) / size;
+            const double size = 0.035 + 0.16 * std::pow(lattice(i, 1, 163), 6);
+            const double away = std::hypot(x - 2 * lattice(i, 2, 163) + 1, y - 2 * lattice(i, 3, 163) + 1) / size;
             height += size * (0.9 * bell(away - 1, 0.22) - 0.9 * smooth(1.1, 0.5, away));
         }
         return height;

@@ -78,7 +78,12 @@ Colour water(const Canvas &above, double u, double v, double push)
     const Colour deep = mix({0.08F, 0.105F, 0.145F}, {0.022F, 0.032F, 0.05F}, near);
     seen = mix(seen * 0.88, deep, 0.12 + 0.56 * near);
     const double glitter = smooth(0.1, 0.24, wave) * std::exp(-std::abs(u - sunU) * 4.2) * (1 - near * 0.7);
-    return seen + Colour{0.34F, 0.19F, 0.1F} * glitter + Colour{0.06F, 0.055F, 0.06F} * bell(depth, 0.004);
+    // Ripples break the sun up into a column of light, broader and more torn the nearer they are.
+    const double torn = clouds(u * 16 / (0.25 + near), 60 * std::log(0.05 + depth), 4, 97);
+    const double column = bell(u - sunU + wave * (0.02 + 0.16 * near), 0.018 + 0.05 * near);
+    const double sparks = column * (0.18 + 0.82 * smooth(0.44, 0.62, torn)) * (1 - 0.35 * near);
+    return seen + Colour{0.34F, 0.19F, 0.1F} * glitter + Colour{0.42F, 0.27F, 0.16F} * sparks +
+           Colour{0.06F, 0.055F, 0.06F} * bell(depth, 0.004);
 }
 
 /// Veils of mist that lie on the water, one behind the other.
@@ -299,6 +304,7 @@ Seen look(const Canvas &above, double u, double v)
 void paintZen(Canvas &canvas)
 {
     canvas.each([](Colour &pixel, double u, double v) { pixel = land(u, std::min(v, waterline)); });
+    const Canvas mirrored = canvas;
     // A pale sun, half in the haze.
     canvas.each(sunU - 0.1, sunV - 0.1, sunU + 0.1, sunV + 0.1, [](Colour &pixel, double u, double v) {
         const double distance = std::hypot(u - sunU, v - sunV);
@@ -308,7 +314,7 @@ void paintZen(Canvas &canvas)
     });
     const Canvas above = canvas;
     canvas.each(0, waterline, canvas.aspect(), 1,
-                [&](Colour &pixel, double u, double v) { pixel = water(above, u, v, 0); });
+                [&](Colour &pixel, double u, double v) { pixel = water(mirrored, u, v, 0); });
     addMist(canvas, 0.715, 0.016, 0.5, 111);
     addMist(canvas, 0.755, 0.014, 0.3, 113);
     canvas.dimBehindCard(0.43);

@@ -6,6 +6,7 @@
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
+#include <QRadialGradient>
 
 #include <algorithm>
 #include <array>
@@ -66,6 +67,21 @@ void paintSun(QPainter &painter, const QSizeF &size)
     colours.setColorAt(0.55, QColor(98, 10, 88));
     colours.setColorAt(1, QColor(84, 10, 108));
     painter.setBrush(colours);
+    painter.drawEllipse(middle, radius, radius);
+    // The rim shines: below, the sun is no brighter than the sky around it. White text may cross it.
+    QRadialGradient rim(middle, radius);
+    rim.setColorAt(0.84, QColor(238, 64, 160, 0));
+    rim.setColorAt(0.96, QColor(238, 64, 160, 34));
+    rim.setColorAt(0.985, QColor(238, 64, 160, 76));
+    rim.setColorAt(1, QColor(238, 64, 160, 122));
+    painter.setBrush(rim);
+    painter.drawEllipse(middle, radius, radius);
+    // The top stays golden up to its edge.
+    QLinearGradient crown(colours.start(), colours.finalStop());
+    crown.setColorAt(0, QColor(255, 206, 92, 255));
+    crown.setColorAt(0.3 * shine, QColor(255, 152, 84, 210));
+    crown.setColorAt(0.8 * shine, QColor(200, 56, 94, 0));
+    painter.setBrush(crown);
     painter.drawEllipse(middle, radius, radius);
     constexpr int gaps = 6;
     for (int i = 0; i < gaps; ++i) {
