@@ -133,8 +133,7 @@ public:
             if (round == 0)
                 cold = shown->painted;
             letPass(1.5); // the card has come up
-            if (round + 1 == m_plan.rounds)
-                measureUp();
+            measureUp();
             const double way = hide();
             if (way < 0)
                 return false;
@@ -143,10 +142,9 @@ public:
         }
         letPass(2);
         std::printf("cold %.1f first %.1f on-screen %.1f first-cpu %.1f gone %.0f idle %.1f up %.1f closed %.1f frames "
-                    "%.1f frame %.2f "
-                    "share %.2f\n",
+                    "%.1f frame %.2f share %.2f\n",
                     cold, median(first), median(onScreen), median(firstCpu), median(gone), idle, m_up, privateMemory(),
-                    m_frames, m_frame, m_share);
+                    median(m_frames), median(m_frame), median(m_share));
         return true;
     }
 
@@ -216,9 +214,9 @@ private:
         letPass(m_plan.seconds);
         const double used = cpuTime() - before;
         const double passed = static_cast<double>(timer.nsecsElapsed()) / 1e6;
-        m_frames = m_meter.paints() / passed * 1000;
-        m_frame = m_meter.paints() > 0 ? used / m_meter.paints() : 0;
-        m_share = used / passed * 100;
+        m_frames.push_back(m_meter.paints() / passed * 1000);
+        m_frame.push_back(m_meter.paints() > 0 ? used / m_meter.paints() : 0);
+        m_share.push_back(used / passed * 100);
         m_up = privateMemory();
     }
 
@@ -236,9 +234,9 @@ private:
     OverlayController m_overlay;
     QTimer m_pulse;
     double m_up = 0;
-    double m_frames = 0;
-    double m_frame = 0;
-    double m_share = 0;
+    std::vector<double> m_frames; // a second
+    std::vector<double> m_frame;  // milliseconds of the processor for each
+    std::vector<double> m_share;  // of a processor, in per cent
 };
 
 } // namespace
@@ -255,7 +253,7 @@ int main(int argc, char **argv)
                        {u"countdown"_s, u"pill or ring."_s, u"style"_s, u"pill"_s},
                        {u"picture"_s, u"The user's own picture."_s, u"file"_s},
                        {u"rounds"_s, u"How often it is shown."_s, u"count"_s, u"5"_s},
-                       {u"seconds"_s, u"How long it is watched the last time."_s, u"seconds"_s, u"5"_s}});
+                       {u"seconds"_s, u"How long it is watched each time."_s, u"seconds"_s, u"2"_s}});
     parser.process(application);
     const Plan plan{parser.value(u"theme"_s), parser.value(u"countdown"_s), parser.value(u"picture"_s),
                     parser.value(u"rounds"_s).toInt(), parser.value(u"seconds"_s).toDouble()};
