@@ -69,7 +69,7 @@ void paintStreet(Canvas &canvas)
         const double depth = std::pow((i + lattice(i, 7, 21)) / lamps, 1.7); // the nearest last
         const double u = lattice(i, 1, 21) * canvas.aspect();
         const double v = 0.52 + 0.3 * depth + (0.05 + 0.05 * depth) * (lattice(i, 2, 21) - 0.5);
-        const double middle = bell(u - canvas.aspect() / 2, 0.44) * bell(v - 0.6, 0.2);
+        const double middle = bell(u - canvas.aspect() / 2, 0.6) * bell(v - 0.65, 0.2);
         const double bright = (0.15 + 0.62 * std::pow(lattice(i, 4, 21), 2.2)) * (1 - 0.9 * middle);
         const double radius = 0.0045 + 0.031 * depth * (0.55 + 0.45 * lattice(i, 5, 21));
         addDisc(canvas, u, v, radius, lamp(lattice(i, 6, 21)) * (bright * (1.15 - 0.55 * depth)));

@@ -19,7 +19,7 @@ namespace {
 constexpr double horizon = 0.772; // of the height
 constexpr double sunMiddle = 0.525;
 constexpr double sunRadius = 0.405;
-constexpr double highestCard = 450; // points, with a title of three lines
+constexpr double highestCard = 460; // points, with a title of three lines
 constexpr double rowsPerSecond = 0.55;
 
 Floats mixed(const Floats &a, const Floats &b, double part)
@@ -72,8 +72,8 @@ void paintSun(QPainter &painter, const QSizeF &size)
     QRadialGradient rim(middle, radius);
     rim.setColorAt(0.84, QColor(238, 64, 160, 0));
     rim.setColorAt(0.96, QColor(238, 64, 160, 34));
-    rim.setColorAt(0.985, QColor(238, 64, 160, 76));
-    rim.setColorAt(1, QColor(238, 64, 160, 122));
+    rim.setColorAt(0.985, QColor(238, 64, 160, 62));
+    rim.setColorAt(1, QColor(238, 64, 160, 86));
     painter.setBrush(rim);
     painter.drawEllipse(middle, radius, radius);
     // The top stays golden up to its edge.
@@ -238,7 +238,7 @@ void scenes::paintDusk(SoftImage &image)
             const double dy = sky ? v - sunMiddle : (v - horizon) * 1.6 + (horizon - sunMiddle);
             const double distance = std::max(0.0, std::sqrt(dx * dx + dy * dy) - sunRadius * 0.9);
             row[x] = {base};
-            row[x].add(glow * static_cast<float>((sky ? 0.44 : 0.4) * std::exp(-distance * 6.5)));
+            row[x].add(glow * static_cast<float>(0.34 * std::exp(-distance * 6.5)));
         }
     }
 }
