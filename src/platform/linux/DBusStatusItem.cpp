@@ -114,7 +114,7 @@ void DBusStatusItem::publish()
     whenAnswered(ownerOf(watcherName), [this](const QDBusPendingReply<QString> &owner) {
         if (owner.isError())
             qCInfo(logPlatform) << "no tray yet";
-        else
+        else if (m_generation == 0) // what was told of meanwhile is newer
             onWatcherOwner(watcherName, {}, owner.value());
     });
 }

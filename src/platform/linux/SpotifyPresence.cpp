@@ -23,8 +23,10 @@ SpotifyPresence::SpotifyPresence(const QString &connection, QObject *parent) : Q
     auto *watcher = new QDBusServiceWatcher(busName(), bus, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString &, const QString &, const QString &owner) { m_isRunning = !owner.isEmpty(); });
-    callAsync(bus, busCall(u"NameHasOwner"_s) << busName(), this,
-              [this](const QDBusMessage &answer) { m_isRunning = answer.arguments().value(0).toBool(); });
+    callAsync(bus, busCall(u"NameHasOwner"_s) << busName(), this, [this](const QDBusMessage &answer) {
+        if (!m_isRunning) // a change that was told of meanwhile is newer; Qt may hand out an answer after it
+            m_isRunning = answer.arguments().value(0).toBool();
+    });
     callAsync(bus, busCall(u"ListActivatableNames"_s), this, [this](const QDBusMessage &answer) {
         m_isActivatable = answer.arguments().value(0).toStringList().contains(busName());
     });
@@ -32,7 +34,7 @@ SpotifyPresence::SpotifyPresence(const QString &connection, QObject *parent) : Q
 
 bool SpotifyPresence::isInstalled() const
 {
-    return m_isRunning || m_isActivatable || !desktopEntry().isEmpty();
+    return m_isRunning.value_or(false) || m_isActivatable || !desktopEntry().isEmpty();
 }
 
 QString SpotifyPresence::desktopEntry()

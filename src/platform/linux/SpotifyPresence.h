@@ -2,6 +2,8 @@
 
 #include <QObject>
 
+#include <optional>
+
 namespace kelp {
 
 /// Whether Spotify is here to be played on: as a desktop entry, as a service that the bus can start, or as a player
@@ -26,7 +28,7 @@ public:
 
 private:
     bool m_isActivatable = false;
-    bool m_isRunning = false;
+    std::optional<bool> m_isRunning; ///< nothing until the bus has told
 };
 
 } // namespace kelp
