@@ -10,6 +10,9 @@ what=$(basename "$corpus")
 
 # Files in memory, where the system has such a place: the disk would be what takes the time.
 [ ! -w /dev/shm ] || export TMPDIR=/dev/shm
+# Freed memory that is kept back to find who still uses it. Pictures are large: with the usual amount a long run reached
+# the limit below.
+export ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}quarantine_size_mb=32
 # What the run finds goes to the first folder.
 found=$(mktemp -d)
 trap 'rm -rf "$found"' EXIT
