@@ -238,8 +238,8 @@ void tst_CardFigures::linesOfTheMeetingCard()
                   faded(theme().text, 0.6)));
     QVERIFY(isSet(card, u"Still on: Budget planning with the regional offices ·"_s, designFont(FontDesign::Serif, 15),
                   faded(theme().text, 0.55)));
-    QVERIFY(isSet(card, u"Return to join · Esc to dismiss"_s, designFont(FontDesign::Serif, 13),
-                  faded(theme().text, 0.4)));
+    QVERIFY(
+        isSet(card, u"Return to join · Esc to dismiss"_s, designFont(FontDesign::Serif, 13), faded(theme().text, 0.4)));
 }
 
 void tst_CardFigures::distancesOnTheMeetingCard()
