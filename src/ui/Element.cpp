@@ -90,6 +90,8 @@ public:
         const double radius = std::min({m_shape.cornerRadius + m_outset, frame.width() / 2, frame.height() / 2});
         result.addPainting(frame.adjusted(-line, -line, line, line),
                            [frame, radius, brush = m_brush, pen = m_pen](QPainter &painter) {
+                               if (pen.style() == Qt::NoPen && fillsAllThatIsPainted(painter, frame, radius, brush))
+                                   return;
                                painter.setRenderHint(QPainter::Antialiasing);
                                painter.setBrush(brush);
                                painter.setPen(pen);
@@ -100,6 +102,34 @@ public:
     }
 
 private:
+    /// Whether a rectangle lies in a frame with rounded corners, and not at its edge.
+    static bool isWithin(const QRectF &rectangle, const QRectF &frame, double radius)
+    {
+        const QRectF centres = frame.adjusted(radius, radius, -radius, -radius); // of the corners' circles
+        for (const QPointF &corner :
+             {rectangle.topLeft(), rectangle.topRight(), rectangle.bottomLeft(), rectangle.bottomRight()}) {
+            const QPointF beyond(std::max({centres.left() - corner.x(), corner.x() - centres.right(), 0.0}),
+                                 std::max({centres.top() - corner.y(), corner.y() - centres.bottom(), 0.0}));
+            if (std::hypot(beyond.x(), beyond.y()) > radius)
+                return false;
+        }
+        return true;
+    }
+
+    /// Where nothing of the edge is to be painted, a rectangle does for the shape. For more than a few spans, as shapes
+    /// have them, Qt wakes a pool of threads, which costs more than to fill what lies behind a countdown.
+    static bool fillsAllThatIsPainted(QPainter &painter, const QRectF &frame, double radius, const QBrush &brush)
+    {
+        if (!painter.hasClipping())
+            return false;
+        const QRectF all = painter.clipBoundingRect().adjusted(-1, -1, 1, 1); // and what a rounded clip may add
+        if (!isWithin(all, frame, radius))
+            return false;
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        painter.fillRect(all, brush);
+        return true;
+    }
+
     Shape m_shape;
     QBrush m_brush;
     QPen m_pen;

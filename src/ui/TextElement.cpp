@@ -49,11 +49,15 @@ private:
             last.rx() += fitted.rightToLeft ? cursorWidth : 0;
         }
         result.addText(withoutIsolates(m_text));
-        addWords(result, result.frame(), fitted.font, m_text, [fitted, starts](QPainter &painter) {
-            painter.setLayoutDirection(fitted.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
-            for (qsizetype i = 0; i < fitted.lines.size(); ++i)
-                painter.drawText(starts[static_cast<std::size_t>(i)], fitted.lines[i]);
-        });
+        // The strokes of slanted letters reach beyond their advance widths. Above and below it is told exactly: what
+        // lies there, as a countdown, is painted often, and all that reaches into it with it.
+        const double aside = fitted.font.pixelSize() / 2.0;
+        addWords(result, result.frame().adjusted(-aside, -fitted.rise - 1, aside, fitted.sink + 1), fitted.font, m_text,
+                 [fitted, starts](QPainter &painter) {
+                     painter.setLayoutDirection(fitted.rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+                     for (qsizetype i = 0; i < fitted.lines.size(); ++i)
+                         painter.drawText(starts[static_cast<std::size_t>(i)], fitted.lines[i]);
+                 });
         return result;
     }
 
@@ -122,9 +126,11 @@ private:
         }
         Arrangement result(QSizeF(std::ceil(x), std::ceil(metrics.height())));
         result.addText(withoutIsolates(m_text));
-        // Each for itself: of a clock, few change at a time.
+        // Each for itself: of a clock, few change at a time. Digits and the letters of English have no accents.
+        const double reach = m_style.font.pixelSize() / 8.0;
         for (const Run &run : runs) {
-            addWords(result, QRectF(run.x, 0, run.width, result.size().height()), m_style.font, run.text,
+            const QRectF frame(run.x, 0, run.width, result.size().height());
+            addWords(result, frame.adjusted(-reach, -reach, reach, reach), m_style.font, run.text,
                      [text = run.text, at = QPointF(run.x, metrics.ascent())](QPainter &painter) {
                          painter.drawText(at, text);
                      });
@@ -132,14 +138,12 @@ private:
         return result;
     }
 
-    /// Something painted that says `words` and lies in `frame`, but for accents and slanted strokes, which reach beyond
-    /// the advance widths.
-    void addWords(Arrangement &result, const QRectF &frame, const QFont &font, const QString &words,
+    /// Something painted that says `words` and stays within `bounds`.
+    void addWords(Arrangement &result, const QRectF &bounds, const QFont &font, const QString &words,
                   std::function<void(QPainter &)> draw) const
     {
-        const double reach = font.pixelSize() / 2.0;
         result.addPainting(
-            frame.adjusted(-reach, -reach, reach, reach),
+            bounds,
             [font, colour = m_style.colour, draw = std::move(draw)](QPainter &painter) {
                 painter.setRenderHint(QPainter::TextAntialiasing);
                 painter.setFont(font);

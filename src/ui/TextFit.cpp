@@ -2,6 +2,8 @@
 
 #include <QCache>
 #include <QFontMetricsF>
+#include <QGlyphRun>
+#include <QRawFont>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -118,6 +120,24 @@ QStringList cutLines(const QString &text, const QFont &font, double width, int m
     return broken.lines;
 }
 
+/// All that one line paints, from where it starts on its baseline. QFontMetricsF::tightBoundingRect leaves out that
+/// accents are moved up.
+QRectF inkOf(const QString &line, const QFont &font)
+{
+    QTextLayout layout(line, font);
+    layout.beginLayout();
+    const QTextLine only = layout.createLine();
+    layout.endLayout();
+    QRectF result;
+    for (const QGlyphRun &run : layout.glyphRuns()) {
+        const QList<quint32> glyphs = run.glyphIndexes();
+        const QList<QPointF> positions = run.positions();
+        for (qsizetype i = 0; i < glyphs.size(); ++i)
+            result |= run.rawFont().boundingRect(glyphs[i]).translated(positions[i]);
+    }
+    return result.translated(0, only.isValid() ? -only.ascent() : 0);
+}
+
 FittedText fit(const QString &text, const QFont &font, double width, int maxLines, double shrink, double height)
 {
     FittedText result;
@@ -135,9 +155,15 @@ FittedText fit(const QString &text, const QFont &font, double width, int maxLine
     result.lineHeight = lineHeight(result.font);
     const QFontMetricsF metrics(result.font);
     result.ascent = metrics.ascent();
+    const double bottom = result.lineHeight * static_cast<double>(result.lines.size());
+    double baseline = result.ascent;
     for (const QString &line : result.lines) {
         result.widths.push_back(metrics.horizontalAdvance(line));
         result.width = std::max(result.width, result.widths.back());
+        const QRectF ink = inkOf(line, result.font);
+        result.rise = std::max(result.rise, -(baseline + ink.top()));
+        result.sink = std::max(result.sink, baseline + ink.bottom() - bottom);
+        baseline += result.lineHeight;
     }
     return result;
 }

@@ -15,6 +15,8 @@ struct FittedText
     QStringList lines;          ///< the last one ends with an ellipsis where the text was cut
     std::vector<double> widths; ///< of each line
     double width = 0;           ///< of the widest line
+    double rise = 0;            ///< how far accents reach above the first line's height, 0 or more
+    double sink = 0;            ///< how far they reach below the last line's
     double ascent = 0;
     double lineHeight = 0;
     bool rightToLeft = false;

@@ -3,6 +3,7 @@
 #include "ui/Fonts.h"
 #include "ui/Symbols.h"
 
+#include <QDir>
 #include <QImage>
 #include <QPainter>
 #include <QTest>
@@ -16,6 +17,7 @@ class tst_Element : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void theMiddleOfAShapeIsPaintedByOneThread(); // first, while no threads wait for work
     void stacksAreCentredWithTheirSpacing();
     void paddingTakesRoomAndOutlinesTakeNone();
     void rowsNarrowTheWidestPartWhereRoomIsShort();
@@ -25,6 +27,10 @@ private Q_SLOTS:
     void aTaggedElementIsReplacedInItsPlace();
     void replacingTellsWhatLooksDifferent();
     void paintsOnlyWhatTouchesTheDirtyPart();
+    void shapesLookTheSameWhenPaintedInParts_data();
+    void shapesLookTheSameWhenPaintedInParts();
+    void textsStayWithinTheirBounds_data();
+    void textsStayWithinTheirBounds();
     void fixedDigitsStandStill();
     void symbolsAreDrawnInTheirColour_data();
     void symbolsAreDrawnInTheirColour();
@@ -188,6 +194,97 @@ void tst_Element::paintsOnlyWhatTouchesTheDirtyPart()
     painter.end();
     QCOMPARE(image.pixelColor(5, 5), QColor(Qt::white));
     QCOMPARE(image.pixelColor(15, 5), QColor(Qt::blue));
+}
+
+void tst_Element::shapesLookTheSameWhenPaintedInParts_data()
+{
+    QTest::addColumn<double>("density");
+    for (const double density : {1.0, 1.25, 1.5, 2.0, 3.0})
+        QTest::addRow("%g", density) << density;
+}
+
+void tst_Element::shapesLookTheSameWhenPaintedInParts()
+{
+    QFETCH(double, density);
+    const Arrangement shape =
+        filled(Shape::capsule(), QColor(255, 255, 255, 31), padded({0, 0, 101, 37}, vertical(0, {}))).arrange(500);
+    // Each square at a time, as large as asked for.
+    const auto painted = [&](int side) {
+        QImage image(QSize(120, 60) * density, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(density);
+        image.fill(QColor(20, 90, 40));
+        for (int x = 0; x < 120; x += side) {
+            for (int y = 0; y < 60; y += side) {
+                QPainter painter(&image);
+                painter.translate(5, 5);
+                painter.setClipRect(QRect(x - 5, y - 5, side, side));
+                shape.paint(painter, {});
+            }
+        }
+        return image;
+    };
+    const QImage whole = painted(120);
+    QVERIFY(whole.pixel(whole.rect().center()) != whole.pixel(0, 0));
+    for (const int side : {1, 6, 10})
+        QCOMPARE(painted(side), whole);
+}
+
+void tst_Element::theMiddleOfAShapeIsPaintedByOneThread()
+{
+    const auto threads = [] { return QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(); };
+    const Arrangement shape =
+        filled(Shape::capsule(), QColor(255, 255, 255, 31), padded({0, 0, 400, 90}, vertical(0, {}))).arrange(500);
+    QImage image(400, 90, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::black);
+    const auto before = threads();
+    QPainter painter(&image);
+    painter.setClipRect(QRect(100, 5, 80, 80));
+    shape.paint(painter, {});
+    painter.end();
+    QVERIFY(image.pixel(140, 45) != image.pixel(0, 0));
+    QCOMPARE(threads(), before); // for more than a few spans Qt starts helpers
+}
+
+void tst_Element::textsStayWithinTheirBounds_data()
+{
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<FontDesign>("design");
+    QTest::newRow("plain") << u"Ågy 0:47"_s << FontDesign::Default;
+    QTest::newRow("serif") << u"fjord Ågy"_s << FontDesign::Serif;
+    QTest::newRow("rounded") << u"fjord Ågy"_s << FontDesign::Rounded;
+    QTest::newRow("monospaced") << u"fjord Ågy"_s << FontDesign::Monospaced;
+    QTest::newRow("from right to left") << u"שָׁלוֹם مُحَمَّدٌ"_s << FontDesign::Default;
+    QTest::newRow("ideographs") << u"会議の予定"_s << FontDesign::Default;
+    QTest::newRow("emoji") << u"🎉🦑 ☕"_s << FontDesign::Default;
+    QTest::newRow("accents on accents") << u"A"_s + QString(8, QChar(0x0302)) + QString(8, QChar(0x0332))
+                                        << FontDesign::Default;
+    QTest::newRow("letters below letters") << u"ཧཱུྃ"_s << FontDesign::Default;
+    QTest::newRow("in the middle of three lines") << u"one two ཧཱུྃ four five six ཧཱུྃ"_s << FontDesign::Default;
+}
+
+void tst_Element::textsStayWithinTheirBounds()
+{
+    QFETCH(QString, words);
+    QFETCH(FontDesign, design);
+    const Arrangement shown = Element(text(words).font(designFont(design, 60)).colour(Qt::white).lines(3)).arrange(400);
+    constexpr int around = 600;
+    const auto inked = [&](const QRegion &where) {
+        QImage image(shown.size().toSize() + QSize(2 * around, 2 * around), QImage::Format_RGB32);
+        image.fill(Qt::black);
+        const QImage blank = image;
+        QPainter painter(&image);
+        painter.translate(around, around);
+        painter.setClipRegion(where);
+        shown.paint(painter, {});
+        painter.end();
+        return image != blank;
+    };
+    const QRect bounds = shown.bounds().toAlignedRect();
+    QVERIFY(inked(bounds));
+    QVERIFY(!inked(QRegion(bounds.adjusted(-around, -around, around, around)) - bounds));
+    // What stands above a title is painted every second, and the title with it where it reaches so far.
+    if (QByteArrayView(QTest::currentDataTag()) == "plain")
+        QVERIFY(bounds.top() >= -1 && bounds.bottom() <= shown.frame().bottom() + 1);
 }
 
 void tst_Element::fixedDigitsStandStill()
