@@ -23,7 +23,6 @@ double AnimatedLayer::leastInterval() const
     case AnimatedKind::Synthwave:
         return 1.0 / 30;
     case AnimatedKind::Rain:
-        return 1.0 / 24;
     case AnimatedKind::Scanlines:
         return 1.0 / 20;
     case AnimatedKind::Starfield: // the fastest star takes 36 frames from bright to bright
@@ -33,6 +32,11 @@ double AnimatedLayer::leastInterval() const
         return 1.0 / 8;
     }
     return 1.0 / 30;
+}
+
+double AnimatedLayer::softInterval() const
+{
+    return kind == AnimatedKind::Rain ? 3 * leastInterval() : 1.0 / 8; // lights sway slower than fog drifts
 }
 
 void AnimatedLayer::paintSoft(SoftImage &image, double t) const

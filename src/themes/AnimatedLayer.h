@@ -25,6 +25,9 @@ struct AnimatedLayer
     /// Seconds: painting more often shows nothing new to the eye. Rain and the lines of a floor that come nearer are
     /// fast; what glows or twinkles moves by less than half a point meanwhile.
     [[nodiscard]] double leastInterval() const;
+    /// Seconds between two pictures of what is soft where a wandering picture lies under it: both are made at once, and
+    /// neither moves by more than half a point meanwhile.
+    [[nodiscard]] double softInterval() const;
 
     void paintSoft(SoftImage &image, double t) const;
     /// What is sharp and never moves. Nothing of it lies outside `stillPart`.

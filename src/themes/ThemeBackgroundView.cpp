@@ -235,7 +235,8 @@ void ThemeBackgroundView::softenAt(double t)
 /// The time that the picture under a layer shows: it is too slow to be made for every frame.
 Instant ThemeBackgroundView::pictureTime(Instant shown) const
 {
-    return m_options.live ? Instant{std::floor(shown.secondsSince1970 / slowly) * slowly} : shown;
+    const double step = m_layer ? m_layer->softInterval() : slowly;
+    return m_options.live ? Instant{std::floor(shown.secondsSince1970 / step) * step} : shown;
 }
 
 /// The moved picture, its shade and what is soft of the layer: too slow to change with every frame, and kept until it
