@@ -26,7 +26,7 @@ struct AnimatedLayer
     /// fast; what glows or twinkles moves by less than half a point meanwhile.
     [[nodiscard]] double leastInterval() const;
     /// Seconds between two pictures of what is soft where a wandering picture lies under it: both are made at once, and
-    /// neither moves by more than half a point meanwhile.
+    /// on a view of 1440x900 neither moves by more than half a point meanwhile.
     [[nodiscard]] double softInterval() const;
 
     void paintSoft(SoftImage &image, double t) const;
