@@ -3,6 +3,7 @@
 #include "platform/ScreenCover.h"
 #include "preferences/Preferences.h"
 #include "sound/ChildSoundPlayer.h"
+#include "support/ComputingTime.h"
 #include "support/FakeMusicPlayers.h"
 #include "support/XServer.h"
 
@@ -16,7 +17,6 @@
 #include <QTest>
 
 #include <cstdio>
-#include <ctime>
 
 using namespace kelp;
 using namespace kelp::test;
@@ -41,14 +41,6 @@ public:
 private:
     QSet<QObject *> *m_painted;
 };
-
-/// Milliseconds of this process's own.
-double computingTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-}
 
 /// A window over both monitors: a checkerboard of 4 pixels on the left one, black and then white on the right one.
 class Board final : public QWidget

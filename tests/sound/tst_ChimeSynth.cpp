@@ -1,12 +1,13 @@
 #include "sound/ChimeSynth.h"
 
+#include "support/ComputingTime.h"
+
 #include <QProcess>
 #include <QTest>
 #include <QtEndian>
 
 #include <algorithm>
 #include <cmath>
-#include <ctime>
 #include <map>
 #include <vector>
 
@@ -134,14 +135,6 @@ QByteArray plainFile(const std::vector<double> &buffer)
     for (const double sample : buffer)
         put(static_cast<quint64>(static_cast<qint64>(std::clamp(scale * sample, -1.0, 1.0) * 32000)), 2);
     return file;
-}
-
-/// Milliseconds of this process's own.
-double computingTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
 } // namespace
@@ -305,9 +298,9 @@ void tst_ChimeSynth::rendersQuickly()
     for (const ChimeSynth::Preset &each : ChimeSynth::presets()) {
         double best = 1e9;
         for (int round = 0; round < 3; ++round) {
-            const double begin = computingTime();
+            const double begin = test::computingTime();
             const QByteArray wav = ChimeSynth::wav(each);
-            best = std::min(best, computingTime() - begin);
+            best = std::min(best, test::computingTime() - begin);
         }
         longest = std::max(longest, best);
     }
