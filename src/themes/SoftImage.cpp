@@ -47,17 +47,19 @@ void shade(const SoftImage::Rows::Between &rows, const std::int16_t *noise, std:
 {
     const Words part{rows.part, rows.part, rows.part, rows.part, rows.part, rows.part, rows.part, rows.part};
     const auto two = [&](int x) {
-        const Words blend = between(loadWords(rows.upper + x * 4), loadWords(rows.lower + x * 4), part);
+        const std::ptrdiff_t at = std::ptrdiff_t{x - rows.first} * 4;
+        const Words blend = between(loadWords(rows.upper + at), loadWords(rows.lower + at), part);
         return (blend + loadWords(noise + x % SoftImage::patternSide * 4)) >> 7;
     };
-    for (int x = from; x < to; x += 4)
-        storePixels(line + x, two(x), two(x + 2));
+    for (int x = from; x < to; x += 4, line += 4)
+        storePixels(line, two(x), two(x + 2));
 }
 
 #ifdef KELP_WIDE_LANES
 KELP_WIDE inline __m256i four(const SoftImage::Rows::Between &rows, const std::int16_t *noise, int x, __m256i part)
 {
-    const __m256i blend = betweenWide(loadFour(rows.upper + x * 4), loadFour(rows.lower + x * 4), part);
+    const std::ptrdiff_t at = std::ptrdiff_t{x - rows.first} * 4;
+    const __m256i blend = betweenWide(loadFour(rows.upper + at), loadFour(rows.lower + at), part);
     return _mm256_srai_epi16(_mm256_add_epi16(blend, loadFour(noise + x % SoftImage::patternSide * 4)), 7);
 }
 
@@ -110,8 +112,7 @@ void SoftImage::enlargeInto(QImage &target, const QRect &part) const
                 return;
             std::uint32_t four[4];
             const int group = from & ~3;
-            shade({around.upper + group * 4, around.lower + group * 4, around.part}, noise + group % patternSide * 4,
-                  four, 0, 4);
+            shade(around, noise, four, group, group + 4);
             for (int x = from; x < to; ++x)
                 line[x] = four[x - group];
         };
@@ -121,20 +122,23 @@ void SoftImage::enlargeInto(QImage &target, const QRect &part) const
         if (hasWideLanes) {
             const int begin = std::min(last, (first + 7) & ~7);
             const int end = std::max(begin, last & ~7);
-            shade(around, noise, line, first, begin);
+            shade(around, noise, line + first, first, begin);
             shadeWide(around, noise, line, begin, end);
             x = end;
         }
 #endif
-        shade(around, noise, line, x, last);
+        shade(around, noise, line + x, x, last);
         edge(std::max(last, part.left()), part.right() + 1);
     }
 }
 
-SoftImage::Rows::Rows(const SoftImage &image, int left, int right)
-    : m_image(image), m_left(left & ~3), m_right((right + 3) & ~3)
+SoftImage::Rows::Rows(const SoftImage &image, int left, int right) : m_image(image)
 {
-    const auto words = static_cast<std::size_t>(image.m_width * image.m_factor + 16) * 4;
+    // Between the middles of two pixels lie `factor` columns; the first of them is in the middle of the left one.
+    const int factor = image.m_factor;
+    m_first = std::clamp(((left & ~3) - factor / 2) / factor, 0, image.m_width - 1);
+    m_last = std::clamp((((right + 3) & ~3) + factor / 2) / factor + 1, m_first, image.m_width - 1);
+    const auto words = static_cast<std::size_t>((m_last + 1 - m_first) * factor + 16) * 4;
     for (Row &row : m_rows)
         row.words.resize(words);
 }
@@ -148,7 +152,7 @@ SoftImage::Rows::Between SoftImage::Rows::around(int y)
     const Row &above = enlarged(upper, nullptr);
     const Row &below = enlarged(lower, &above);
     const auto part = static_cast<std::int16_t>(position % (2 * factor) * 32768 / (2 * factor));
-    return {above.words.data(), below.words.data(), part};
+    return {above.words.data(), below.words.data(), m_first * factor, part};
 }
 
 const SoftImage::Rows::Row &SoftImage::Rows::enlarged(int index, const Row *kept)
@@ -169,13 +173,10 @@ void SoftImage::Rows::widen(int index, std::vector<std::int16_t> &words) const
 {
     const SoftPixel *pixels = m_image.m_pixels.data() + std::ptrdiff_t{index} * m_image.m_width;
     const int factor = m_image.m_factor;
-    // Between the middles of two pixels lie `factor` columns; the first of them is in the middle of the left one.
-    const int first = std::clamp((m_left - factor / 2) / factor, 0, m_image.m_width - 1);
-    const int last = std::clamp((m_right + factor / 2) / factor + 1, first, m_image.m_width - 1);
-    Words left = twice(pixels[first]);
+    Words left = twice(pixels[m_first]);
     std::int16_t *out = words.data();
     // Before the middle of the first pixel and behind the one of the last there is nothing to blend with.
-    for (int i = 0; first == 0 && i < factor / 2; i += 2, out += 8)
+    for (int i = 0; m_first == 0 && i < factor / 2; i += 2, out += 8)
         storeWords(out, left);
     Words parts[4];
     for (int i = 0; i < factor / 2; ++i) {
@@ -183,15 +184,15 @@ void SoftImage::Rows::widen(int index, std::vector<std::int16_t> &words) const
         const auto two = static_cast<std::int16_t>((4 * i + 3) * 32768 / (2 * factor));
         parts[i] = Words{one, one, one, one, two, two, two, two};
     }
-    out = words.data() + (std::ptrdiff_t{first} * factor + factor / 2) * 4;
-    for (int x = first + 1; x <= last; ++x) {
+    out = words.data() + std::ptrdiff_t{factor / 2} * 4;
+    for (int x = m_first + 1; x <= m_last; ++x) {
         const Words right = twice(pixels[x]);
         for (int i = 0; i < factor / 2; ++i, out += 8)
             storeWords(out, between(left, right, parts[i]));
         left = right;
     }
     const std::int16_t *end = words.data() + words.size();
-    for (; last == m_image.m_width - 1 && out < end; out += 8)
+    for (; m_last == m_image.m_width - 1 && out < end; out += 8)
         storeWords(out, left);
 }
 

@@ -66,12 +66,13 @@ public:
     public:
         /// Only the columns from `left` up to `right` are wanted; the rows are to be asked for from top to bottom.
         Rows(const SoftImage &image, int left, int right);
-        /// Two such rows from column 0 on, and how far row `y` of the target lies on the way between them; what lies
-        /// outside of the wanted columns is undefined.
+        /// Two such rows, and how far row `y` of the target lies on the way between them; what lies outside of the
+        /// wanted columns is undefined.
         struct Between
         {
             const std::int16_t *upper;
             const std::int16_t *lower;
+            int first;         ///< the column that they begin with, a multiple of 4; 0 where column 0 is wanted
             std::int16_t part; ///< in 1/32768
         };
         Between around(int y);
@@ -86,8 +87,8 @@ public:
         void widen(int index, std::vector<std::int16_t> &words) const;
 
         const SoftImage &m_image;
-        int m_left; ///< columns of the target, multiples of 4
-        int m_right;
+        int m_first; ///< pixels of the image
+        int m_last;
         Row m_rows[2];
     };
 
