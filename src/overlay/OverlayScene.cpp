@@ -1,6 +1,5 @@
 #include "overlay/OverlayScene.h"
 
-#include "overlay/CardTags.h"
 #include "overlay/MeetingCard.h"
 #include "overlay/WelcomeCard.h"
 #include "ui/BlankImage.h"
@@ -65,14 +64,6 @@ double OverlayScene::untilNextCountdown(Instant now) const
 {
     const auto card = meetingCard();
     return card ? card->untilNextWords(now) : std::numeric_limits<double>::infinity();
-}
-
-std::optional<QRectF> OverlayScene::turnCountdown(Arrangement &card, const QSizeF &size, Instant now) const
-{
-    const auto reminder = meetingCard();
-    if (!reminder)
-        return {};
-    return card.replace(tag::countdown, reminder->countdownElement(now).arrange(roomFor(size).width()));
 }
 
 Arrangement OverlayScene::card(const QSizeF &size, Instant now, const ButtonStates &buttons) const

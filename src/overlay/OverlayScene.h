@@ -29,9 +29,6 @@ struct OverlayScene
     [[nodiscard]] QString countdown(Instant now) const;
     /// Seconds until it says something else, more than 0; infinite without a countdown.
     [[nodiscard]] double untilNextCountdown(Instant now) const;
-    /// Puts a countdown that says what it does at `now` into a card of `card`. Gives the part of the card that looks
-    /// different; none where the card has no countdown, or none of that size any more: it has to be laid out again.
-    [[nodiscard]] std::optional<QRectF> turnCountdown(Arrangement &card, const QSizeF &size, Instant now) const;
     /// Where the card's top left corner lies: in the middle of the view, on whole points.
     [[nodiscard]] static QPointF cardPosition(const QSizeF &size, const Arrangement &card);
 

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 namespace kelp {
@@ -78,15 +79,17 @@ void OverlayView::setNow(Instant now)
     const Instant then = std::exchange(m_now, now);
     for (const QRectF &part : m_arrangement.changed(then, now))
         paintCard(part);
-    if (m_scene.countdown(then) == m_scene.countdown(now))
+    const QString countdown = m_scene.countdown(now);
+    if (countdown.isEmpty())
         return;
     // Every second: all but the digits that turn is left alone where the countdown only says something else.
-    if (const auto turned = m_scene.turnCountdown(m_arrangement, size(), now)) {
-        placeChildren();
-        paintCard(*turned);
-    } else {
-        layOut();
-    }
+    const std::optional<QRectF> turned = m_arrangement.turnDigits(tag::countdown, countdown);
+    if (!turned)
+        return layOut();
+    if (turned->isEmpty())
+        return;
+    m_labels.front()->setText(countdown);
+    paintCard(*turned);
 }
 
 double OverlayView::untilChange() const

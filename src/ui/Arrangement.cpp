@@ -1,5 +1,6 @@
 #include "ui/Arrangement.h"
 
+#include "ui/Digits.h"
 #include "ui/Glow.h"
 
 #include <QPainter>
@@ -7,11 +8,23 @@
 
 #include <algorithm>
 #include <limits>
+#include <span>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace kelp {
+
+namespace {
+
+bool differsInDigitsOnly(const QString &a, const QString &b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](QChar left, QChar right) {
+        return left == right || (Digits::isDigit(left) && Digits::isDigit(right));
+    });
+}
+
+} // namespace
 
 std::optional<QRectF> Arrangement::frameOf(const QString &tag) const
 {
@@ -84,30 +97,36 @@ void Arrangement::inheritGlows(const Arrangement &before)
         m_glows[i]->inherit(*before.m_glows[i]);
 }
 
-std::optional<QRectF> Arrangement::replace(const QString &tag, const Arrangement &other)
+std::optional<QRectF> Arrangement::turnDigits(const QString &tag, const QString &label)
 {
     const auto found =
         std::find_if(m_tagged.begin(), m_tagged.end(), [&](const Tagged &each) { return each.tag == tag; });
-    if (found == m_tagged.end() || other.m_tagged.size() != 1 || other.m_tagged.front().tag != tag)
+    if (found == m_tagged.end() || !differsInDigitsOnly(found->label, label))
         return {};
-    Place &place = m_places[static_cast<std::size_t>(found - m_tagged.begin())];
-    if (place.size != other.size() || place.paintingCount != other.m_paintings.size() ||
-        place.glowCount != other.m_glows.size())
+    const Place &place = m_places[static_cast<std::size_t>(found - m_tagged.begin())];
+    const std::span parts(m_paintings.data() + place.paintings, place.paintingCount);
+    // Digits that do not run stay as they are, and so does a light around those that do.
+    const bool allRun = std::all_of(parts.begin(), parts.end(), [](const Painting &each) {
+        return each.pictureOf || std::none_of(each.words.begin(), each.words.end(), Digits::isDigit);
+    });
+    if (!allRun)
         return {};
-    found->label = other.m_tagged.front().label;
     QRectF different;
-    for (std::size_t i = 0; i < place.paintingCount; ++i) {
-        Painting &before = m_paintings[place.paintings + i];
-        Painting now = other.m_paintings[i];
-        now.placement *= place.placement;
-        if (now.words != before.words || now.bounds != before.bounds || now.placement != before.placement)
-            different |= before.placement.mapRect(before.bounds) | now.placement.mapRect(now.bounds);
-        before = std::move(now);
+    auto digit = label.begin();
+    for (Painting &each : parts) {
+        if (!each.pictureOf)
+            continue;
+        digit = std::find_if(digit, label.end(), Digits::isDigit);
+        if (digit == label.end())
+            break;
+        if (each.words != *digit) {
+            each.words = *digit;
+            each.picture = each.pictureOf(*digit);
+            different |= each.placement.mapRect(each.bounds);
+        }
+        ++digit;
     }
-    for (std::size_t i = 0; i < place.glowCount; ++i) {
-        other.m_glows[i]->inherit(*m_glows[place.glows + i]);
-        m_glows[place.glows + i] = other.m_glows[i];
-    }
+    found->label = label;
     return different;
 }
 
@@ -119,6 +138,12 @@ void Arrangement::addPicture(const QRectF &bounds, Picture picture, const QStrin
 void Arrangement::addPainting(const QRectF &bounds, std::function<void(QPainter &)> paint, const QString &words)
 {
     addPicture(bounds, {[paint = std::move(paint)](QPainter &painter, Instant) { paint(painter); }}, words);
+}
+
+void Arrangement::addDigit(const QRectF &bounds, QChar digit, std::function<Picture(QChar)> pictureOf)
+{
+    Picture picture = pictureOf(digit);
+    m_paintings.push_back({{}, bounds, std::move(picture), digit, std::move(pictureOf)});
 }
 
 void Arrangement::addGlow(std::shared_ptr<Glow> glow)
@@ -133,14 +158,12 @@ void Arrangement::addText(const QString &text)
 
 void Arrangement::addChild(const Arrangement &child, const QTransform &placement)
 {
-    for (Place place : child.m_places) {
-        place.placement *= placement;
-        place.paintings += m_paintings.size();
-        place.glows += m_glows.size();
-        m_places.push_back(place);
+    for (const Place &place : child.m_places)
+        m_places.push_back({place.paintings + m_paintings.size(), place.paintingCount});
+    for (const Painting &painting : child.m_paintings) {
+        m_paintings.push_back(painting);
+        m_paintings.back().placement *= placement;
     }
-    for (const Painting &painting : child.m_paintings)
-        m_paintings.push_back({painting.placement * placement, painting.bounds, painting.picture, painting.words});
     for (const Text &each : child.m_texts)
         m_texts.push_back({each.text, placement.mapRect(each.frame)});
     for (const Tagged &each : child.m_tagged)
@@ -160,7 +183,7 @@ void Arrangement::becomeTagged(const QString &tag)
         words.append(each.text);
     m_texts.clear();
     m_tagged.push_back({tag, words.join(u' '), frame()});
-    m_places.push_back({{}, m_size, 0, m_paintings.size(), 0, m_glows.size()});
+    m_places.push_back({0, m_paintings.size()});
 }
 
 } // namespace kelp

@@ -69,10 +69,9 @@ public:
     [[nodiscard]] std::vector<QRectF> changed(Instant from, Instant to) const;
     /// Takes over what an earlier arrangement of the same elements has baked.
     void inheritGlows(const Arrangement &before);
-    /// Puts another arrangement of the first element with this tag in its place, which differs from it in what it says
-    /// and in nothing else. Gives the part that looks different, empty where that is none; no part, and nothing is
-    /// done, where there is no element of that tag and size, or where it is made of more or fewer pictures.
-    [[nodiscard]] std::optional<QRectF> replace(const QString &tag, const Arrangement &other);
+    /// Lets the first element with this tag say `label`. Gives the part that looks different, empty where that is none;
+    /// no part, and nothing is done, where more than its running digits would have to change.
+    [[nodiscard]] std::optional<QRectF> turnDigits(const QString &tag, const QString &label);
 
     // For the elements, which build it up from their children.
     void setSize(QSizeF size) { m_size = size; }
@@ -80,6 +79,8 @@ public:
     /// what is said.
     void addPicture(const QRectF &bounds, Picture picture, const QString &words = {});
     void addPainting(const QRectF &bounds, std::function<void(QPainter &)> paint, const QString &words = {});
+    /// A digit of a running figure, and what any other digit in its place looks like.
+    void addDigit(const QRectF &bounds, QChar digit, std::function<Picture(QChar digit)> pictureOf);
     void addGlow(std::shared_ptr<Glow> glow);
     void addText(const QString &text);
     void addChild(const Arrangement &child, const QTransform &placement);
@@ -94,17 +95,14 @@ private:
         QRectF bounds;
         Picture picture;
         QString words;
+        std::function<Picture(QChar digit)> pictureOf = {};
     };
 
     /// Where the parts of a tagged element are among all.
     struct Place
     {
-        QTransform placement;
-        QSizeF size; ///< before it
         std::size_t paintings;
         std::size_t paintingCount;
-        std::size_t glows;
-        std::size_t glowCount;
     };
 
     QSizeF m_size;

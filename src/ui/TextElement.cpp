@@ -1,4 +1,5 @@
 #include "ui/Blink.h"
+#include "ui/Digits.h"
 #include "ui/ElementNode.h"
 #include "ui/PlainText.h"
 #include "ui/TextFit.h"
@@ -94,47 +95,36 @@ private:
     [[nodiscard]] Arrangement arrangeDigits() const
     {
         const QFontMetricsF metrics(m_style.font);
-        // The mean looks evenly spaced where the widest digit's room would leave gaps beside a 1 or a 7; the widest
-        // gives up no more than the white at its sides.
-        const double cell = advanceOf(u"0123456789"_s, m_style.font) / 10;
-
-        struct Run
-        {
-            QString text;
-            double x;
-            double width;
+        const double height = std::ceil(metrics.height());
+        const std::shared_ptr<const Digits> digits = Digits::of(m_style.font, m_style.colour);
+        // Each for itself: of a clock, few change at a time. Digits and the letters of English have no accents.
+        const double reach = m_style.font.pixelSize() / 8.0;
+        const auto bounds = [&](double x, double width) {
+            return QRectF(x, 0, width, height).adjusted(-reach, -reach, reach, reach);
         };
-        std::vector<Run> runs;
+        Arrangement result;
         double x = 0;
-        const auto isDigit = [](QChar each) { return each >= u'0' && each <= u'9'; };
         for (qsizetype start = 0; start < m_text.size();) {
             qsizetype end = start + 1;
-            if (isDigit(m_text[start])) {
-                const QString digit = m_text.mid(start, 1);
-                const double width = advanceOf(digit, m_style.font);
-                runs.push_back({digit, x + (cell - width) / 2, width});
-                x += cell;
+            if (Digits::isDigit(m_text[start])) {
+                result.addDigit(bounds(x, digits->cell()), m_text[start], [digits, x](QChar digit) -> Picture {
+                    return {[=](QPainter &painter, Instant) { digits->paint(painter, digit.unicode(), {x, 0}); }};
+                });
+                x += digits->cell();
             } else {
-                while (end < m_text.size() && !isDigit(m_text[end]))
+                while (end < m_text.size() && !Digits::isDigit(m_text[end]))
                     ++end;
                 const QString between = m_text.mid(start, end - start);
                 const double width = advanceOf(between, m_style.font);
-                runs.push_back({between, x, width});
+                addWords(
+                    result, bounds(x, width), m_style.font, between,
+                    [between, at = QPointF(x, metrics.ascent())](QPainter &painter) { painter.drawText(at, between); });
                 x += width;
             }
             start = end;
         }
-        Arrangement result(QSizeF(std::ceil(x), std::ceil(metrics.height())));
+        result.setSize(QSizeF(std::ceil(x), height));
         result.addText(withoutIsolates(m_text));
-        // Each for itself: of a clock, few change at a time. Digits and the letters of English have no accents.
-        const double reach = m_style.font.pixelSize() / 8.0;
-        for (const Run &run : runs) {
-            const QRectF frame(run.x, 0, run.width, result.size().height());
-            addWords(result, frame.adjusted(-reach, -reach, reach, reach), m_style.font, run.text,
-                     [text = run.text, at = QPointF(run.x, metrics.ascent())](QPainter &painter) {
-                         painter.drawText(at, text);
-                     });
-        }
         return result;
     }
 
