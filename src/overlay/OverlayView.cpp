@@ -4,6 +4,7 @@
 #include "overlay/CardButton.h"
 #include "overlay/CardTags.h"
 #include "overlay/Entrance.h"
+#include "themes/PaintTarget.h"
 #include "themes/Pieces.h"
 #include "ui/BlankImage.h"
 
@@ -158,11 +159,12 @@ void OverlayView::paintEvent(QPaintEvent *event)
         if (m_shown == 0)
             return;
     }
-    m_background.paint(painter, size(), m_frameTime, event->region());
+    FreePainter free(painter, size());
+    m_background.paint(free.painter(), size(), m_frameTime, event->region());
     // Once the card has come up, only what of it has to be painted again.
     if (m_entrance == 1) {
         const QRegion part = event->region() & cardPicture().toAlignedRect();
-        forEachSmallPiece(painter, part, [&](const QRectF &) { paintCardIn(painter); });
+        forEachSmallPiece(free.painter(), part, [&](const QRectF &) { paintCardIn(free.painter()); });
     } else {
         paintCardIn(painter);
     }

@@ -3,11 +3,11 @@
 #include "preferences/Preferences.h"
 #include "themes/Backdrop.h"
 #include "themes/GrainLayer.h"
+#include "themes/PaintTarget.h"
 #include "themes/Pieces.h"
 #include "themes/ThemeImages.h"
 #include "ui/BlankImage.h"
 
-#include <QPaintEngine>
 #include <QPainter>
 
 #include <algorithm>
@@ -22,13 +22,6 @@ namespace {
 
 /// Seconds between two positions of a wandering picture, which moves by less than half a point in them.
 constexpr double slowly = 1.0 / 8;
-
-QSize pixelsOf(const QSizeF &size, double density)
-{
-    return QSize(static_cast<int>(std::ceil(size.width() * density)),
-                 static_cast<int>(std::ceil(size.height() * density)))
-        .expandedTo({1, 1});
-}
 
 QRect pixelsOf(const QRect &part, double density)
 {
@@ -75,20 +68,6 @@ QImage black()
     QImage image(2, 2, QImage::Format_RGB32);
     image.fill(Qt::black);
     return image;
-}
-
-/// The pixels that `painter` paints on, when they are just the view's and nothing stands between: then a frame can be
-/// put there at once instead of being copied.
-QImage *plainTarget(const QPainter &painter, const QSize &pixels, double density)
-{
-    QPaintDevice *device = painter.paintEngine() ? painter.paintEngine()->paintDevice() : nullptr;
-    if (!device || device->devType() != QInternal::Image || painter.hasClipping() || painter.opacity() < 1 ||
-        painter.compositionMode() != QPainter::CompositionMode_SourceOver ||
-        painter.deviceTransform() != QTransform::fromScale(density, density))
-        return nullptr;
-    auto *image = static_cast<QImage *>(device);
-    const bool fits = image->format() == QImage::Format_RGB32 || image->format() == QImage::Format_ARGB32_Premultiplied;
-    return fits && image->size() == pixels ? image : nullptr;
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "support/SampleMeetings.h"
 
 #include <QAccessible>
+#include <QBackingStore>
 #include <QEnterEvent>
 #include <QLabel>
 #include <QPaintEvent>
@@ -38,6 +39,8 @@ private Q_SLOTS:
     void blendsWithWhatIsBehind();
     void theBackgroundFollowsTheFrames_data();
     void theBackgroundFollowsTheFrames();
+    void eachFrameOfTheWindowIsWhole_data();
+    void eachFrameOfTheWindowIsWhole();
 
 private:
     [[nodiscard]] QImage picture() const;
@@ -369,6 +372,47 @@ void tst_OverlayView::theBackgroundFollowsTheFrames()
     QCOMPARE(picture() != before, moves);
     view->setFrameTime(sample::ten);
     QCOMPARE(picture(), before);
+}
+
+void tst_OverlayView::eachFrameOfTheWindowIsWhole_data()
+{
+    QTest::addColumn<QString>("theme");
+    for (const QString &theme :
+         {u"lofi"_s, u"space"_s, u"zen"_s, u"aurora"_s, u"synthwave"_s, u"terminal"_s, u"paper"_s})
+        QTest::newRow(qPrintable(theme)) << theme;
+}
+
+/// Of the window only the parts that move are painted: none of it may stay as it was or be painted twice.
+void tst_OverlayView::eachFrameOfTheWindowIsWhole()
+{
+    QFETCH(QString, theme);
+    view = std::make_unique<OverlayView>(OverlayScene{MeetingContent{sample::designReview(), {}},
+                                                      OverlayTheme::named(theme),
+                                                      {},
+                                                      {.live = true, .animate = true}},
+                                         sample::ten - 60);
+    view->resize(800, 500);
+    view->show();
+    QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+    const double density = view->devicePixelRatioF();
+    const auto check = [&](int frame) {
+        QCoreApplication::sendPostedEvents(view.get(), QEvent::UpdateRequest);
+        const QPaintDevice *device = view->backingStore()->paintDevice();
+        QCOMPARE(device->devType(), static_cast<int>(QInternal::Image));
+        const QImage window = *static_cast<const QImage *>(device);
+        QImage whole((QSizeF(view->size()) * density).toSize(), QImage::Format_RGB32);
+        whole.setDevicePixelRatio(density);
+        view->render(&whole);
+        // Qt draws smoothed lines a little differently under a clip.
+        const int difference = test::greatestDifference(window, whole);
+        QVERIFY2(difference <= 4, qPrintable(u"frame %1: %2"_s.arg(frame).arg(difference)));
+    };
+    for (int frame = 0; frame < 8; ++frame) {
+        view->setFrameTime(sample::ten - 60 + 0.05 * frame);
+        check(frame);
+        view->setNow(sample::ten - 59 + frame); // a digit turns, and nothing else moves
+        check(frame);
+    }
 }
 
 QTEST_MAIN(tst_OverlayView)

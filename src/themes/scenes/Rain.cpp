@@ -127,7 +127,18 @@ std::vector<Stroke> strokesOf(const QSizeF &size, double t)
     return strokes;
 }
 
-/// What of it lies in `piece`.
+/// All that they touch.
+QRegion partOf(const std::vector<Stroke> &strokes, const QSizeF &size)
+{
+    std::vector<QRectF> frames;
+    for (const Stroke &stroke : strokes) {
+        for (const Stroke::Member &member : stroke.members)
+            frames.push_back(member.frame);
+    }
+    return bandedRegion(frames, QRectF(QPointF(), size).toAlignedRect());
+}
+
+/// The streaks of it that touch `piece`.
 void paintStroke(QPainter &painter, const Stroke &stroke, const QRectF &piece)
 {
     const double density = painter.device()->devicePixelRatioF();
@@ -205,21 +216,21 @@ void scenes::paintRain(QPainter &painter, const QSizeF &size, double t, const QR
     const std::vector<Stroke> strokes = strokesOf(size, t);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    forEachPiece(painter, part, [&](const QRectF &piece) {
+    const auto paint = [&](const QRectF &piece) {
         for (const Stroke &stroke : strokes)
             paintStroke(painter, stroke, piece);
-    });
+    };
+    // With each frame of their own all of them may be painted, and once is enough for a streak.
+    if ((partOf(strokes, size) - part).isEmpty())
+        paint(QRectF(QPointF(), size));
+    else
+        forEachPiece(painter, part, paint);
     painter.restore();
 }
 
 QRegion scenes::rainPart(const QSizeF &size, double t)
 {
-    std::vector<QRectF> frames;
-    for (const Stroke &stroke : strokesOf(size, t)) {
-        for (const Stroke::Member &member : stroke.members)
-            frames.push_back(member.frame);
-    }
-    return bandedRegion(frames, QRectF(QPointF(), size).toAlignedRect());
+    return partOf(strokesOf(size, t), size);
 }
 
 } // namespace kelp
