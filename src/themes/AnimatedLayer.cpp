@@ -25,9 +25,9 @@ double AnimatedLayer::leastInterval() const
     case AnimatedKind::Rain:
     case AnimatedKind::Scanlines:
         return 1.0 / 20;
-    case AnimatedKind::Starfield: // the fastest star takes 36 frames from bright to bright
+    case AnimatedKind::Starfield: // the fastest star takes 34 frames from bright to bright
     case AnimatedKind::Aurora:
-        return 1.0 / 16;
+        return 1.0 / 15; // each shown for as long as the next: displays show 60 a second
     case AnimatedKind::Fog:
         return 1.0 / 8;
     }
@@ -36,7 +36,14 @@ double AnimatedLayer::leastInterval() const
 
 double AnimatedLayer::softInterval() const
 {
-    return kind == AnimatedKind::Rain ? 3 * leastInterval() : 1.0 / 8; // lights sway slower than fog drifts
+    switch (kind) {
+    case AnimatedKind::Rain:
+        return 3 * leastInterval(); // lights sway slower than fog drifts
+    case AnimatedKind::Starfield:
+        return 2 * leastInterval();
+    default:
+        return 1.0 / 8;
+    }
 }
 
 void AnimatedLayer::paintSoft(SoftImage &image, double t) const
@@ -55,6 +62,11 @@ void AnimatedLayer::paintSoft(SoftImage &image, double t) const
     case AnimatedKind::Fog:
         return scenes::paintFog(image, t);
     }
+}
+
+bool AnimatedLayer::isSoftStill() const
+{
+    return kind == AnimatedKind::Synthwave || kind == AnimatedKind::Starfield;
 }
 
 void AnimatedLayer::paintSharp(QPainter &painter, const QSizeF &size, double t, const QRegion &part) const

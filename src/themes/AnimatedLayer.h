@@ -30,6 +30,8 @@ struct AnimatedLayer
     [[nodiscard]] double softInterval() const;
 
     void paintSoft(SoftImage &image, double t) const;
+    /// Whether what is soft never changes either.
+    [[nodiscard]] bool isSoftStill() const;
     /// What is sharp and never moves. Nothing of it lies outside `stillPart`.
     void paintStill(QPainter &painter, const QSizeF &size) const;
     [[nodiscard]] QRectF stillPart(const QSizeF &size) const;

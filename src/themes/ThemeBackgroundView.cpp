@@ -101,6 +101,8 @@ void ThemeBackgroundView::paint(QPainter &painter, const QSizeF &size, Instant s
                             [&](const QRectF &piece) { paintStill(painter, size, piece.toAlignedRect()); });
     if (isPictured())
         paintPicture(painter, density, shown, wanted);
+    else if (hasGround())
+        paintGround(painter, size, density, wanted);
     else
         paintGlow(painter, density, shown, wanted);
     if (m_layer)
@@ -176,6 +178,7 @@ void ThemeBackgroundView::prepare(const QSize &pixels, double density)
     m_density = density;
     m_softTime.reset();
     m_layerStill = {};
+    m_ground = {};
     m_canvas = {};
     m_still = {};
     m_shade.prepare(pixels);
@@ -263,10 +266,35 @@ void ThemeBackgroundView::paintGlow(QPainter &painter, double density, Instant s
     }
 }
 
+/// Whether all but what is sharp and moves can be made once.
+bool ThemeBackgroundView::hasGround() const
+{
+    return m_layer && m_layer->isSoftStill() && !isPictured();
+}
+
+void ThemeBackgroundView::paintGround(QPainter &painter, const QSizeF &size, double density, const QRegion &part)
+{
+    if (m_ground.isNull()) {
+        softenAt(0);
+        m_ground = blankImage(m_pixels, QImage::Format_RGB32);
+        m_soft.enlargeInto(m_ground, m_ground.rect());
+        m_ground.setDevicePixelRatio(density);
+        QPainter baking(&m_ground);
+        m_layer->paintStill(baking, size);
+        baking.end();
+        m_ground.setDevicePixelRatio(1);
+        m_soft = {};
+        m_softTime.reset();
+    }
+    QImage *target = plainTarget(painter, m_pixels, density);
+    for (const QRect &each : part)
+        copyPixels(painter, target, m_ground, pixelsOf(each, density) & m_ground.rect(), density);
+}
+
 void ThemeBackgroundView::paintLayer(QPainter &painter, const QSizeF &size, double density, double t,
                                      const QRegion &part)
 {
-    const QRectF still = m_layer->stillPart(size);
+    const QRectF still = hasGround() ? QRectF() : m_layer->stillPart(size);
     if (!still.isEmpty() && m_layerStill.isNull()) {
         m_layerStill = blankImage(pixelsOf(still.size(), density), QImage::Format_ARGB32_Premultiplied);
         m_layerStill.setDevicePixelRatio(density);

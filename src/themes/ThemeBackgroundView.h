@@ -63,6 +63,8 @@ private:
     [[nodiscard]] Instant pictureTime(Instant shown) const;
     void paintPicture(QPainter &painter, double density, Instant shown, const QRegion &part);
     void paintGlow(QPainter &painter, double density, Instant shown, const QRegion &part);
+    [[nodiscard]] bool hasGround() const;
+    void paintGround(QPainter &painter, const QSizeF &size, double density, const QRegion &part);
     void softenAt(double t);
     void paintLayer(QPainter &painter, const QSizeF &size, double density, double t, const QRegion &part);
     void paintStill(QPainter &painter, const QSizeF &size, const QRect &part);
@@ -81,6 +83,7 @@ private:
     SoftImage m_soft;  ///< m_shade with the layer over it
     std::optional<double> m_softTime;
     QImage m_layerStill;     ///< of the animated layer what is sharp and does not move
+    QImage m_ground;         ///< all that never moves under an animated layer, where that is more than m_layerStill
     QImage m_canvas;         ///< what lies under the sharp parts of the layer
     double m_canvasTime = 0; ///< for which it was made, where it is a picture
     QPixmap m_still;         ///< a background that stands still
