@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace kelp {
 
@@ -56,20 +57,27 @@ void scenes::paintPhosphor(SoftImage &image, double t)
     const Floats black{0, 0, 0, 1};
     const double roll = fract(t / rollSeconds) * 1.5 - 0.25;
     const double flicker = 1 + 0.025 * std::sin(t * 7.3) + 0.02 * std::sin(t * 11.9);
+    // What depends on one direction only is not computed for every pixel.
+    std::vector<float> near(static_cast<std::size_t>(image.width()));
+    std::vector<float> aside(near.size());
+    for (std::size_t x = 0; x < near.size(); ++x) {
+        const double u = image.across(static_cast<int>(x)) - 0.5;
+        near[x] = static_cast<float>(1 - 2.6 * u * u);
+        aside[x] = static_cast<float>(0.62 * (16 * u * u * u * u - 0.35));
+    }
+    const auto shine = static_cast<float>(0.5 * flicker);
     for (int y = 0; y < image.height(); ++y) {
         const double v = image.down(y) - 0.5;
         const double past = image.down(y) - roll;
         // A soft front below, a long tail above: the band rolls downwards.
         const double band = past > 0 ? std::exp(-past * past * 150) : std::exp(past * 9);
         const auto lit = static_cast<float>(0.22 * band);
+        const auto away = static_cast<float>(2.6 * v * v);
+        const auto beyond = static_cast<float>(0.62 * 16 * v * v * v * v);
         SoftPixel *row = image.row(y);
-        for (int x = 0; x < image.width(); ++x) {
-            const double u = image.across(x) - 0.5;
-            const double radius = u * u + v * v;
-            const auto glow = static_cast<float>(0.5 * std::max(0.0, 1 - radius * 2.6) * flicker);
-            row[x].add(green * (glow + lit));
-            const double corner = std::max(0.0, 16 * u * u * u * u + 16 * v * v * v * v - 0.35);
-            row[x].cover(black, static_cast<float>(std::min(0.85, corner * 0.62)));
+        for (std::size_t x = 0; x < near.size(); ++x) {
+            row[x].add(green * (shine * std::max(0.0F, near[x] - away) + lit));
+            row[x].cover(black, std::clamp(aside[x] + beyond, 0.0F, 0.85F));
         }
     }
 }
