@@ -23,6 +23,9 @@ namespace {
 /// Seconds between two positions of a wandering picture, which moves by less than half a point in them.
 constexpr double slowly = 1.0 / 8;
 
+/// Pixels of the largest part of a still background of which a copy is kept at hand: a quarter of a megabyte.
+constexpr int fewPixels = 1 << 16;
+
 QRect pixelsOf(const QRect &part, double density)
 {
     return QRectF(QPointF(part.topLeft()) * density, QSizeF(part.size()) * density).toAlignedRect();
@@ -181,6 +184,7 @@ void ThemeBackgroundView::prepare(const QSize &pixels, double density)
     m_ground = {};
     m_canvas = {};
     m_still = {};
+    m_atHand = {};
     m_shade.prepare(pixels);
     preparePicture();
     if (const auto *solid = std::get_if<SolidBackground>(&m_theme.background)) {
@@ -332,10 +336,19 @@ void ThemeBackgroundView::paintStill(QPainter &painter, const QSizeF &size, cons
     }
     if (isGrey) {
         painter.drawTiledPixmap(QRectF(part), m_still, part.topLeft());
-    } else {
-        const QRectF source(QPointF(part.topLeft()) * density, QSizeF(part.size()) * density);
-        painter.drawPixmap(QRectF(part), m_still, source);
+        return;
     }
+    const QRectF source(QPointF(part.topLeft()) * density, QSizeF(part.size()) * density);
+    const QRect pixels = pixelsOf(part, density) & m_still.rect();
+    if (pixels.isEmpty() || pixels.width() * pixels.height() > fewPixels) {
+        painter.drawPixmap(QRectF(part), m_still, source);
+        return;
+    }
+    // A part this small comes back, as what lies behind a countdown does every second. In the whole picture each of its
+    // rows is another page of memory, and to find some forty again after a second takes longer than all the painting.
+    if (!m_atHand.pixels.contains(pixels))
+        m_atHand = {pixels, m_still.copy(pixels)};
+    painter.drawPixmap(QRectF(part), m_atHand.picture, source.translated(-m_atHand.pixels.topLeft()));
 }
 
 void ThemeBackgroundView::paintBase(QPainter &painter, const QSizeF &size, double density)

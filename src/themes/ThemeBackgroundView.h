@@ -87,6 +87,11 @@ private:
     QImage m_canvas;         ///< what lies under the sharp parts of the layer
     double m_canvasTime = 0; ///< for which it was made, where it is a picture
     QPixmap m_still;         ///< a background that stands still
+    struct
+    {
+        QRect pixels;
+        QPixmap picture;
+    } m_atHand; ///< the small part of m_still that was painted last
 };
 
 } // namespace kelp
