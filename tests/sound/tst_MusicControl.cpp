@@ -124,17 +124,22 @@ void tst_MusicControl::readsLongTextsInTime()
     QFETCH(QString, before);
     QFETCH(QString, repeated);
     QFETCH(QString, after);
+    // The least of some: the system may take long to find memory, and that counts as computing too.
     const auto timeOf = [&](int count) {
         const QString text = before + repeated.repeated(count) + after;
-        const double start = test::computingTime();
-        const bool isUri = MusicControl::spotifyURI(text).has_value();
-        const double time = test::computingTime() - start;
-        return isUri ? std::numeric_limits<double>::infinity() : time;
+        double least = std::numeric_limits<double>::infinity();
+        for (int i = 0; i < 5; ++i) {
+            const double start = test::computingTime();
+            const bool isUri = MusicControl::spotifyURI(text).has_value();
+            if (isUri)
+                return std::numeric_limits<double>::infinity();
+            least = std::min(least, test::computingTime() - start);
+        }
+        return least;
     };
-    constexpr int count = 50'000;
-    timeOf(count); // with everything loaded
-    const double once = std::max(timeOf(count), 1.0);
+    constexpr int count = 5'000;
     const double eightfold = timeOf(8 * count);
+    const double once = std::max(timeOf(count), 1.0);
     QVERIFY2(eightfold < 24 * once, qPrintable(u"%1 ms, %2 ms"_s.arg(once).arg(eightfold)));
 }
 
